@@ -1,0 +1,104 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <QString>
+#include <QStringView>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <vector>
+
+#include "crypto/cryptor_host.h"
+
+namespace keeper {
+
+/// The Rijndael cipher (Daemen and Rijmen, "AES Proposal: Rijndael", 1999; FIPS 197 for 128-bit
+/// blocks) with keys and blocks of 128, 160, 192, 224 or 256 bits, and the three forms in which the
+/// system keeps enciphered data: byte arrays, texts and files. Blocks are independent of each
+/// other.
+///
+/// One instance holds one key schedule and serves one operation at a time. Round keys are wiped at
+/// each new key and in the destructor.
+class Cryptor3 {
+  public:
+    explicit Cryptor3(CryptorHost& host);
+    ~Cryptor3();
+    Cryptor3(const Cryptor3&) = delete;
+    Cryptor3& operator=(const Cryptor3&) = delete;
+
+    /// Key from text: its ANSI bytes, cut or zero-padded to 32; with `isHex` its hexadecimal digits
+    /// when they are exactly the key's bytes. 0 on success, 1 for illegal sizes, which leave the
+    /// previous schedule in place.
+    int SetCipherKeyString(QStringView key, int keyBits, int blockBits, bool isHex);
+
+    /// One block from source[p] to destination[q]; the same buffer at the same offset is allowed.
+    /// REQUIRES: the key was set with this block size, both blocks lie inside their spans.
+    /// Throws CryptorError 1 when p_stopRequested was set; the flag is clear afterwards.
+    void BlockEncrypt(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                      int p, int q);
+    void BlockDecrypt(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                      int p, int q);
+    void Block160Encrypt(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                         int p, int q);
+    void Block160Decrypt(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                         int p, int q);
+    void Block192Encrypt(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                         int p, int q);
+    void Block192Decrypt(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                         int p, int q);
+    void Block224Encrypt(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                         int p, int q);
+    void Block224Decrypt(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                         int p, int q);
+    void Block256Encrypt(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                         int p, int q);
+    void Block256Decrypt(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination,
+                         int p, int q);
+
+    /// Array form. With `appendSize` the last byte of the ciphertext's plaintext holds the length
+    /// modulo the block. Errors throw CryptorError 0x80040001 .. 0x80040004.
+    void ArrayEncrypt(std::span<const std::uint8_t> plaintext,
+                      std::vector<std::uint8_t>& ciphertext, bool appendSize, int blockBits);
+    void ArrayDecrypt(std::vector<std::uint8_t>& plaintext,
+                      std::span<const std::uint8_t> ciphertext, bool appendSize, int blockBits);
+
+    /// File form under the key that is set. On any failure the target is deleted and false
+    /// returned; only a refused access is shown to the user.
+    bool FileEncrypt(const QString& source, const QString& target, int blockBits);
+    bool FileDecrypt(const QString& target, const QString& source, int blockBits);
+
+    /// Text form: upper-case hexadecimal of the array form without length, two blanks between
+    /// blocks. An empty key returns the text unchanged. Failures are shown and give an empty text.
+    [[nodiscard]] QString EncryptString(const QString& plaintext, const QString& key);
+    [[nodiscard]] QString DecryptString(const QString& ciphertext, const QString& key);
+
+    /// File form with the key from text. Failures are shown and give false; the source of a failed
+    /// operation is never deleted.
+    bool EncryptFile(const QString& source, const QString& target, const QString& key,
+                     bool deleteSource);
+    bool DecryptFile(const QString& source, const QString& target, const QString& key,
+                     bool deleteSource);
+
+    [[nodiscard]] bool p_IsCalculating() const { return m_isCalculating; }
+    [[nodiscard]] bool p_stopRequested() const { return m_stopRequested; }
+    /// May be set from a signal handler: the flag is looked at within 64 KiB of data.
+    void p_stopRequested(bool value) { m_stopRequested = value; }
+    /// Rounds of the current key, 0 before the first.
+    [[nodiscard]] int Nr() const { return m_rounds; }
+
+    /// Called with the percentage done, at steps of at least 1.0, before the event loop turns.
+    std::function<void(float percent)> DisplayProgress;
+
+    /// Key and block bits for a key of so many characters.
+    [[nodiscard]] static int sizeForKey(qsizetype characters);
+
+  private:
+    CryptorHost& m_host;
+    volatile bool m_stopRequested = false;
+    bool m_isCalculating = false;
+    int m_rounds = 0;
+};
+
+}  // namespace keeper

@@ -1,0 +1,139 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace keeper {
+
+/// A failed call of the database engine. `number` is the engine's extended result code; the
+/// description names the failed call and the engine's text, and never holds a key or a bound value.
+class DatabaseError : public std::runtime_error {
+  public:
+    DatabaseError(int number, const QString& description)
+        : std::runtime_error(description.toStdString()),
+          m_number(number),
+          m_description(description) {}
+    [[nodiscard]] int number() const { return m_number; }
+    [[nodiscard]] const QString& description() const { return m_description; }
+
+  private:
+    int m_number;
+    QString m_description;
+};
+
+/// Page cipher and derivation of the engine; the values are part of the file format.
+struct DatabaseOptions {
+    /// Rounds of PBKDF2. Tests lower this; the program never does.
+    int keyRounds = 256'000;
+    int pageSize = 4096;
+};
+
+/// One open, encrypted, exclusively held database file.
+///
+/// Opening takes the write lock at once and keeps it until close, so that a second program is
+/// refused from the first moment (SQLITE_BUSY). Foreign keys are on. A hot journal of a crash is
+/// rolled back. Every failure throws DatabaseError. Not copyable; statements must be gone before
+/// close().
+class Database {
+  public:
+    explicit Database(DatabaseOptions options = {});
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    /// Makes a new file (mode 0600) under `password`. REQUIRES: not open, `path` absent, password
+    /// not empty.
+    void create(const QString& path, const QString& password);
+    /// Opens an existing file and proves the password by reading it. A missing or empty file, and a
+    /// size that is no whole number of pages, is SQLITE_NOTADB and leaves the file untouched.
+    void open(const QString& path, const QString& password);
+    void close();
+    [[nodiscard]] bool isOpen() const { return m_handle != nullptr; }
+    [[nodiscard]] const QString& path() const { return m_path; }
+
+    /// Changes the password in place, and proves it by opening the file again. On failure the old
+    /// password stands and the database is open under it.
+    void rekey(const QString& oldPassword, const QString& newPassword);
+    /// Writes a compacted copy of the open database to the absent `target` under `password`,
+    /// flushed to disk.
+    void exportTo(const QString& target, const QString& password);
+    /// The engine's own integrity check and the foreign keys; an empty text means sound.
+    [[nodiscard]] QString checkIntegrity();
+
+    /// Runs statements without parameters (schema, pragmas). Never put a value into the text.
+    void execute(const char* sql);
+    /// Rows changed by the last finished insert, update or delete, cascades not counted.
+    [[nodiscard]] int changes() const;
+    [[nodiscard]] sqlite3* handle() const { return m_handle; }
+
+  private:
+    sqlite3* m_handle = nullptr;
+    QString m_path;
+    DatabaseOptions m_options;
+};
+
+/// A prepared statement. Parameters count from 1, columns from 0. Dates are stored as ISO text
+/// ("YYYY-MM-DDThh:mm:ss", local time); an invalid date is stored as null and read back invalid.
+class Statement {
+  public:
+    Statement(Database& database, const char* sql);
+    ~Statement();
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+
+    Statement& bind(int index, const QString& text);
+    Statement& bind(int index, std::int64_t number);
+    Statement& bind(int index, int number) { return bind(index, std::int64_t{number}); }
+    Statement& bind(int index, bool flag) { return bind(index, std::int64_t{flag ? 1 : 0}); }
+    Statement& bind(int index, const QDateTime& time);
+    Statement& bind(int index, const QDate& date);
+    Statement& bindNull(int index);
+
+    /// Advances to the next row; false when there is none.
+    [[nodiscard]] bool step();
+    /// Runs to the end, for statements without rows, and returns the rows changed.
+    int run();
+    /// Ready for new parameters; the old ones are cleared (and so wiped from the statement).
+    void reset();
+
+    [[nodiscard]] bool isNull(int column) const;
+    /// Null reads as the empty text, 0, false and the invalid date.
+    [[nodiscard]] QString text(int column) const;
+    [[nodiscard]] std::int64_t integer(int column) const;
+    [[nodiscard]] bool flag(int column) const { return integer(column) != 0; }
+    [[nodiscard]] QDateTime dateTime(int column) const;
+    [[nodiscard]] QDate date(int column) const { return dateTime(column).date(); }
+
+  private:
+    Database& m_database;
+    sqlite3_stmt* m_statement = nullptr;
+};
+
+/// All or nothing: rolls back unless commit() was reached. Nested ones are savepoints.
+class Transaction {
+  public:
+    explicit Transaction(Database& database);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    void commit();
+
+  private:
+    Database& m_database;
+    bool m_isNested;
+    bool m_done = false;
+};
+
+}  // namespace keeper
