@@ -1,0 +1,114 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "app/session_flow.h"
+
+#include <QFileInfo>
+#include <utility>
+
+#include "store/failure.h"
+
+namespace keeper {
+namespace {
+
+const QString kFolderPrefix = QStringLiteral("MORV - ");
+
+}  // namespace
+
+Main::Main(Prompt& prompt, SessionForms& forms, SessionRoad& road, StartChecks checks)
+    : m_prompt(prompt), m_forms(forms), m_road(road), m_checks(std::move(checks)) {}
+
+bool Main::run(const QString& commandLine) {
+    if (!RunPrerequisiteChecks()) {
+        return false;
+    }
+    QString startFolder;
+    if (!Prepare4Command(commandLine, startFolder)) {
+        return false;
+    }
+    m_forms.setStartFolder(startFolder);
+
+    bool resumed = false;
+    for (bool isConnected = false; !isConnected;) {
+        switch (m_forms.showLogin()) {
+            case SessionForms::LoginResult::End:
+                return false;
+            case SessionForms::LoginResult::Wizard:
+                resumed = false;
+                isConnected = m_forms.showWizard();
+                break;
+            case SessionForms::LoginResult::LogIn:
+                isConnected = m_road.ConnectDatabase(resumed);
+                if (isConnected) {
+                    m_road.ReportAfterLogin(resumed);
+                }
+                break;
+        }
+    }
+    m_road.RecordLogin(resumed);
+    m_forms.showMain();
+    return true;
+}
+
+bool Main::RunPrerequisiteChecks() {
+    m_forms.showSplash();
+    QString refusal;
+    if (!m_checks.claimInstance()) {
+        refusal = QStringLiteral("已有实例在运行，本程序每次只允许一个用户登录。");
+    } else if (!m_checks.initializeSystemInfo()) {
+        refusal = QStringLiteral("获取操作系统的环境信息出错，程序无法正常使用！");
+    } else if (QString reason; !IsDatabaseDriverInstalled(reason)) {
+        refusal = QStringLiteral("您的计算机尚未正确配置SQLCipher 数据库引擎，加载失败。\r\n%1")
+                      .arg(reason);
+    }
+    if (refusal.isEmpty()) {
+        m_checks.initUsers();
+    }
+    m_forms.closeSplash();
+    if (!refusal.isEmpty()) {
+        m_prompt.messageBox(refusal, Prompt::Icon::Exclamation);
+    }
+    return refusal.isEmpty();
+}
+
+bool Main::IsDatabaseDriverInstalled(QString& reason) {
+    reason = m_checks.selfTest();
+    return reason.isEmpty();
+}
+
+bool Main::Prepare4Command(const QString& commandLine, QString& outFolder) {
+    return guarded(
+        m_prompt, QStringLiteral("mMain.Prepare4Command"), false,
+        [&] {
+            outFolder.clear();
+            if (commandLine.isEmpty()) {
+                return true;
+            }
+            QString path = commandLine;
+            path.remove(QLatin1Char('"'));
+            if (!CheckDBInPrivateFolder(path)) {
+                return false;
+            }
+            outFolder = QFileInfo(path).absolutePath();
+            return true;
+        },
+        Prompt::Icon::Exclamation);
+}
+
+bool Main::CheckDBInPrivateFolder(const QString& path) {
+    const QFileInfo file(path);
+    if (!file.isFile() || file.size() < 1) {
+        return false;
+    }
+    const QString folderName = QFileInfo(file.absolutePath()).fileName();
+    if (folderName == kFolderPrefix + file.completeBaseName()) {
+        return true;
+    }
+    m_prompt.messageBox(
+        QStringLiteral("密码数据库未有正确处于前缀名为“%1”的私人文件夹中，不能登录！")
+            .arg(kFolderPrefix),
+        Prompt::Icon::Exclamation);
+    return false;
+}
+
+}  // namespace keeper
