@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/ptrace.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <functional>
+
+namespace keeper {
+
+/// Runs `work` in a child process that is killed at its system call number `call` (from 1), before
+/// that call takes effect. True when the child was killed, false when it had ended by itself: then
+/// all calls have had their turn.
+inline bool killedAtSystemCall(int call, const std::function<void()>& work) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+        ::raise(SIGSTOP);
+        work();
+        ::_exit(0);
+    }
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFSTOPPED(status)) << "tracing a child is not allowed here";
+    ::ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+    int stops = 0;
+    for (;;) {
+        ::ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
+        if (::waitpid(child, &status, 0) != child || WIFEXITED(status) || WIFSIGNALED(status)) {
+            EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+            return false;
+        }
+        // Each call stops twice: at its entry and at its return.
+        const bool isCall = WSTOPSIG(status) == (SIGTRAP | 0x80);
+        if (isCall && ++stops == 2 * call - 1) {
+            ::kill(child, SIGKILL);
+            ::waitpid(child, &status, 0);
+            return true;
+        }
+    }
+}
+
+}  // namespace keeper
