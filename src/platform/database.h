@@ -3,13 +3,9 @@
 
 #pragma once
 
-#include <QByteArray>
 #include <QDateTime>
 #include <QString>
 #include <cstdint>
-#include <functional>
-#include <memory>
-#include <optional>
 #include <stdexcept>
 
 struct sqlite3;
@@ -42,12 +38,19 @@ struct DatabaseOptions {
 
 /// One open, encrypted, exclusively held database file.
 ///
-/// Opening takes the write lock at once and keeps it until close, so that a second program is
-/// refused from the first moment (SQLITE_BUSY). Foreign keys are on. A hot journal of a crash is
-/// rolled back. Every failure throws DatabaseError. Not copyable; statements must be gone before
-/// close().
+/// Opening takes the lock at once and keeps it until close, so that a second program is refused
+/// from the first moment (SQLITE_BUSY). Foreign keys are on. A hot journal of a crash is rolled
+/// back. Every failure throws DatabaseError. Not copyable; statements must be gone before close().
+///
+/// While it is open nobody else in this process may open and close the file: POSIX drops the lock
+/// of a process with the first descriptor that it closes.
 class Database {
   public:
+    /// How much of a file is read before it is trusted. AllPages checks the authentication code of
+    /// every page, unused ones included, and then the engine's structure; it is for files that come
+    /// from outside the program's own writes.
+    enum class Trust { Header, AllPages };
+
     explicit Database(DatabaseOptions options = {});
     ~Database();
     Database(const Database&) = delete;
@@ -57,17 +60,19 @@ class Database {
     /// not empty.
     void create(const QString& path, const QString& password);
     /// Opens an existing file and proves the password by reading it. A missing or empty file, and a
-    /// size that is no whole number of pages, is SQLITE_NOTADB and leaves the file untouched.
-    void open(const QString& path, const QString& password);
+    /// size that is not the number of pages that the file itself tells, is refused (SQLITE_NOTADB
+    /// or SQLITE_CORRUPT) and leaves the file untouched.
+    void open(const QString& path, const QString& password, Trust trust = Trust::Header);
     void close();
     [[nodiscard]] bool isOpen() const { return m_handle != nullptr; }
     [[nodiscard]] const QString& path() const { return m_path; }
 
-    /// Changes the password in place, and proves it by opening the file again. On failure the old
-    /// password stands and the database is open under it.
+    /// Changes the password in place, in one transaction of the engine, and proves it by opening
+    /// the file again; the lock is held throughout. On failure the old password stands and the
+    /// database is open under it. REQUIRES: no transaction, no statement.
     void rekey(const QString& oldPassword, const QString& newPassword);
-    /// Writes a compacted copy of the open database to the absent `target` under `password`,
-    /// flushed to disk.
+    /// Writes a compacted copy of the open database to the absent `target` (mode 0600) under
+    /// `password`, compares it with this one and flushes it to disk. A failure leaves no target.
     void exportTo(const QString& target, const QString& password);
     /// The engine's own integrity check and the foreign keys; an empty text means sound.
     [[nodiscard]] QString checkIntegrity();
@@ -79,13 +84,18 @@ class Database {
     [[nodiscard]] sqlite3* handle() const { return m_handle; }
 
   private:
+    [[nodiscard]] sqlite3* connect(const QString& path, const QString& password, bool isNew) const;
+    void checkSize() const;
+
     sqlite3* m_handle = nullptr;
     QString m_path;
     DatabaseOptions m_options;
 };
 
-/// A prepared statement. Parameters count from 1, columns from 0. Dates are stored as ISO text
-/// ("YYYY-MM-DDThh:mm:ss", local time); an invalid date is stored as null and read back invalid.
+/// A prepared statement. Parameters count from 1, columns from 0. Dates and times are both stored
+/// as 19 characters "YYYY-MM-DDThh:mm:ss" in local time (a date alone at 00:00:00), so that they
+/// sort and compare as text. An invalid date is stored as null and read back invalid; a year
+/// outside 1 .. 9999 is refused.
 class Statement {
   public:
     Statement(Database& database, const char* sql);
@@ -99,13 +109,16 @@ class Statement {
     Statement& bind(int index, bool flag) { return bind(index, std::int64_t{flag ? 1 : 0}); }
     Statement& bind(int index, const QDateTime& time);
     Statement& bind(int index, const QDate& date);
+    /// Literals would choose the flag: wrap them in a QString.
+    Statement& bind(int index, const char16_t* text) = delete;
+    Statement& bind(int index, const char* text) = delete;
     Statement& bindNull(int index);
 
     /// Advances to the next row; false when there is none.
     [[nodiscard]] bool step();
     /// Runs to the end, for statements without rows, and returns the rows changed.
     int run();
-    /// Ready for new parameters; the old ones are cleared (and so wiped from the statement).
+    /// Ready for new parameters; the old ones are cleared.
     void reset();
 
     [[nodiscard]] bool isNull(int column) const;
@@ -117,7 +130,10 @@ class Statement {
     [[nodiscard]] QDate date(int column) const { return dateTime(column).date(); }
 
   private:
-    Database& m_database;
+    [[noreturn]] void fail(const char* call) const;
+    void check(int result, const char* call) const;
+
+    sqlite3* m_handle;
     sqlite3_stmt* m_statement = nullptr;
 };
 

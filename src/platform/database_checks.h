@@ -1,0 +1,22 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <QString>
+
+#include "platform/database.h"
+
+namespace keeper {
+
+/// Checks the authentication code of every page of an open database, those that no table uses
+/// included, which the engine itself never looks at. Throws DatabaseError (SQLITE_CORRUPT).
+/// REQUIRES: no transaction.
+void checkAllPages(const Database& database, const DatabaseOptions& options,
+                   const QString& password);
+
+/// Throws DatabaseError (SQLITE_CORRUPT) unless both databases have the same tables with the same
+/// number of rows.
+void compareTables(Database& left, Database& right);
+
+}  // namespace keeper

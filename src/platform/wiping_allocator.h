@@ -1,0 +1,13 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+namespace keeper {
+
+/// Has the database engine overwrite each piece of memory before it gives it back, so that bound
+/// passwords and pages in clear do not stay in the heap. Takes effect for the whole process, once;
+/// later calls do nothing. REQUIRES: called before the engine's first use.
+void installWipingAllocator();
+
+}  // namespace keeper
