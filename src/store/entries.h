@@ -1,0 +1,65 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <cstdint>
+#include <vector>
+
+#include "store/entry.h"
+#include "store/store_context.h"
+
+namespace keeper {
+
+/// The common half of all entries (tb_Entry). Failures are shown as "[number]Entries.Operation:"
+/// and give the default result; nothing is changed then. Companion rows follow renumbering and
+/// deletion by the cascades of the schema.
+class Entries {
+  public:
+    explicit Entries(const StoreContext& context) : m_context(context) {}
+
+    /// A new entry is effective, unmarked, unused and created now, whatever the object says.
+    /// m_recentModPwd is the caller's.
+    bool Add(const Entry& entry);
+
+    enum class Modified { Failed, NoSuchEntry, Done };
+    /// Writes the fields that a person edits; may renumber. Use count, effectiveness, bookmark and
+    /// creation date stay. The outcome that Webs, Prgs and Fils go on from.
+    Modified ModifyRow(const QString& oldNo, const Entry& entry);
+    /// True also when there is no such entry: then nothing is written.
+    bool Modify(const QString& oldNo, const Entry& entry) {
+        return ModifyRow(oldNo, entry) != Modified::Failed;
+    }
+
+    /// A missing entry is a failure and is shown.
+    bool Delete(const Entry& entry);
+    /// The bulk read that fills the tree: number, title and bookmark of every entry, in ascending
+    /// order of directory and own pair. Returns the count; with none `rows` stays as it is.
+    int Display(std::vector<Entry>& rows);
+    /// Counts one use and returns the new count; 0 when there is no such entry.
+    std::int32_t AddUsedTimes(const QString& number);
+    bool SetBookmark(const QString& number, bool isMarked);
+    /// Deletes the entries directly in the directory, and none deeper.
+    void DeleteLike(const QString& dirPath);
+    /// Discarding an entry also cancels its reminder; activating does not bring that back.
+    bool SetEffective(const QString& number, bool isEffective);
+    /// Renumbers an entry and leaves everything else, the time of the last change included. True
+    /// also when there is no such entry. A move between user files and the other big classes is
+    /// refused, since the companion row would be out of reach.
+    bool MoveTo(const QString& oldNo, const QString& newNo);
+    /// The last changed entries as list-box lines, newest first, equal times in order of number.
+    int GetRecentUpdates(QStringList& lines, int amount);
+    /// Migrates the marker of program folders in tb_Net: step 0 or 1 from the oldest form, step 2
+    /// to the x86 form. Any other step has nothing to do.
+    bool UpdateReducedLocation(std::uint8_t step);
+
+  private:
+    StoreContext m_context;
+};
+
+/// Replaces the leading `oldMarker` of every Location of tb_Net; exact case, no pattern.
+void replaceLocationMarker(Database& database, const QString& oldMarker, const QString& newMarker);
+
+}  // namespace keeper
