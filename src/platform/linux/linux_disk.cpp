@@ -44,7 +44,7 @@ RootMount rootMount(const QString& root) {
 QString rootDevice(const QString& root) {
     const RootMount mount = rootMount(root);
     if (!mount.number.isEmpty() && !mount.number.startsWith(QLatin1String("0:"))) {
-        const QString folder = deviceFolder(root, QStringLiteral("/sys/dev/block/") + mount.number);
+        QString folder = deviceFolder(root, QStringLiteral("/sys/dev/block/") + mount.number);
         if (!folder.isEmpty()) {
             return folder;
         }

@@ -3,23 +3,19 @@
 
 #include "platform/linux/linux_machine.h"
 
-#include <fcntl.h>
-#include <unistd.h>
 #if defined(__x86_64__) || defined(__i386__)
 #include <cpuid.h>
 #endif
 
 #include <QCryptographicHash>
-#include <QDir>
-#include <QFile>
 #include <QMessageAuthenticationCode>
-#include <QSaveFile>
 #include <QSet>
 #include <QStringList>
 #include <array>
 #include <stdexcept>
 #include <utility>
 
+#include "platform/durable_file.h"
 #include "platform/linux/linux_disk.h"
 #include "platform/linux/linux_files.h"
 #include "platform/random.h"
@@ -79,15 +75,6 @@ bool isPlaceholder(const QString& value) {
                                              QStringLiteral("0"),
                                              QString()};
     return kPlaceholders.contains(value.toLower());
-}
-
-/// Without this the new file name may be lost in a power cut, and with it the machine's identity.
-void flushFolder(const QString& path) {
-    const int folder = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY);
-    if (folder >= 0) {
-        ::fsync(folder);
-        ::close(folder);
-    }
 }
 
 }  // namespace
@@ -169,31 +156,20 @@ const QString& LinuxMachine::systemId() {
 }
 
 QString LinuxMachine::storedRandomId() const {
+    constexpr qint64 kMost = 4096;
     const QString path = m_sources.configFolder + QLatin1String(kIdFile);
-    QFile file(path);
-    if (file.exists()) {
-        // A file that is there but cannot be read must not be replaced: that would make this
-        // machine a stranger to its own databases.
-        if (!file.open(QIODevice::ReadOnly)) {
-            throw std::runtime_error("machine id: cannot read the stored id");
-        }
-        QString id = validId(file.readAll());
+    ensurePrivateFolder(m_sources.configFolder);
+    if (const auto content = readWholeFile(path, kMost)) {
+        // A damaged id must not be replaced: that would make this machine a stranger to its own
+        // databases.
+        QString id = validId(*content);
         if (id.isEmpty()) {
-            throw std::runtime_error("machine id: the stored id is damaged");
+            throw std::runtime_error("machine id: the stored id is damaged: " + path.toStdString());
         }
         return id;
     }
-    QDir().mkpath(m_sources.configFolder);
-    QFile::setPermissions(m_sources.configFolder,
-                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     QString id = m_sources.newId();
-    QSaveFile target(path);
-    if (!target.open(QIODevice::WriteOnly) ||
-        !target.setPermissions(QFile::ReadOwner | QFile::WriteOwner) ||
-        target.write(id.toLatin1() + '\n') < 0 || !target.commit()) {
-        throw std::runtime_error("machine id: cannot store a new id");
-    }
-    flushFolder(m_sources.configFolder);
+    replaceFile(path, id.toLatin1() + '\n');
     return id;
 }
 

@@ -86,7 +86,7 @@ QMap<QString, QString> systemInterfaceAddresses() {
 }
 
 QString defaultRouteInterface(const QString& root) {
-    const QString four = lowestMetric(
+    QString four = lowestMetric(
         readSmallFile(root + QStringLiteral("/proc/net/route")), 0, 6, 10, [](const auto& fields) {
             return fields.size() > 7 && fields.at(1) == "00000000" && fields.at(7) == "00000000" &&
                    (fields.at(3).toInt(nullptr, 16) & kRouteUp) != 0;
