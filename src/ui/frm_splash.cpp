@@ -3,10 +3,14 @@
 
 #include "ui/frm_splash.h"
 
+#include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QVBoxLayout>
 
 #include "app/program_info.h"
+#include "ui/theme/colors.h"
+#include "ui/theme/icons.h"
 
 namespace keeper {
 
@@ -14,22 +18,44 @@ frmSplash::frmSplash(QWidget* parent)
     : QWidget(parent, Qt::SplashScreen | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus) {
     setObjectName(QStringLiteral("frmSplash"));
     setAccessibleName(QStringLiteral("正在启动"));
+    setAttribute(Qt::WA_TranslucentBackground);
+    const int unit = fontMetrics().height();
+
+    auto* icon = new QLabel(this);
+    icon->setPixmap(programIcon().pixmap(QSize(unit * 5, unit * 5), devicePixelRatioF()));
 
     auto* title = new QLabel(programTitle(), this);
     QFont large = title->font();
-    large.setPointSizeF(large.pointSizeF() * 2.2);
+    large.setPointSizeF(large.pointSizeF() * 2.0);
     large.setWeight(QFont::DemiBold);
     title->setFont(large);
-    title->setAlignment(Qt::AlignCenter);
 
     auto* version = new QLabel(QStringLiteral("版本 %1").arg(programVersion()), this);
-    version->setAlignment(Qt::AlignCenter);
+    QPalette quiet = palette();
+    quiet.setColor(QPalette::WindowText, themeColor(ThemeColor::Muted, isDarkPalette(quiet)));
+    version->setPalette(quiet);
 
-    auto* layout = new QVBoxLayout(this);
-    const int margin = fontMetrics().height() * 3;
-    layout->setContentsMargins(margin * 2, margin, margin * 2, margin);
-    layout->addWidget(title);
-    layout->addWidget(version);
+    auto* words = new QVBoxLayout;
+    words->setSpacing(unit / 4);
+    words->addStretch();
+    words->addWidget(title);
+    words->addWidget(version);
+    words->addStretch();
+
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(unit * 3, unit * 5 / 2, unit * 4, unit * 5 / 2);
+    row->setSpacing(unit * 3 / 2);
+    row->addWidget(icon);
+    row->addLayout(words);
+}
+
+void frmSplash::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.setBrush(palette().color(QPalette::Base));
+    const qreal radius = fontMetrics().height();
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
 }
 
 }  // namespace keeper

@@ -13,6 +13,9 @@ class frmSplash : public QWidget {
 
   public:
     explicit frmSplash(QWidget* parent = nullptr);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
 };
 
 }  // namespace keeper

@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+namespace keeper {
+
+/// What the system let us do against a look into this process's memory.
+struct Hardening {
+    /// No other process of the same user may attach a debugger or read /proc/PID/mem.
+    bool isUndumpable = false;
+    /// The kernel writes no core file.
+    bool hasNoCore = false;
+    /// Memory in use is kept out of swap. Only where the limit on locked memory is lifted: under a
+    /// limit, locking everything would make later allocations fail.
+    bool isLocked = false;
+};
+
+/// To be called first in main(). What is refused is reported and changes nothing else. A debug
+/// build stays open to debuggers when KEEPER_DEBUGGABLE is set in the environment.
+Hardening hardenProcess();
+
+}  // namespace keeper

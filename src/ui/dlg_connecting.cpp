@@ -1,0 +1,115 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "ui/dlg_connecting.h"
+
+#include <QCloseEvent>
+#include <QGridLayout>
+#include <QKeyEvent>
+#include <QPainter>
+
+#include "app/program_info.h"
+#include "ui/theme/colors.h"
+#include "ui/theme/icons.h"
+
+namespace keeper {
+namespace {
+
+QString messageText(int mode) {
+    switch (mode) {
+        case 0:
+            return QStringLiteral("正在解密……");
+        case 1:
+            return QStringLiteral("正在加密……");
+        case 2:
+            return QStringLiteral("正在分派数据库");
+        case 3:
+            return QStringLiteral("正在加密并备份");
+        case 4:
+            return QStringLiteral("指定备份路径无效,\n退出备份失败");
+        default:
+            return {};
+    }
+}
+
+constexpr int backupFailed = 4;
+
+}  // namespace
+
+dlgConnecting::dlgConnecting(QWidget* parent)
+    : QWidget(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::FramelessWindowHint |
+                          Qt::WindowDoesNotAcceptFocus),
+      lblMsg(new QLabel(this)),
+      prgbAES(new QProgressBar(this)),
+      lblPercent(new QLabel(this)) {
+    setObjectName(QStringLiteral("dlgConnecting"));
+    setWindowTitle(programTitle());
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_TranslucentBackground);
+    lblMsg->setObjectName(QStringLiteral("lblMsg"));
+    lblMsg->setTextFormat(Qt::PlainText);
+    prgbAES->setObjectName(QStringLiteral("prgbAES"));
+    prgbAES->setAccessibleName(QStringLiteral("进度"));
+    prgbAES->setRange(0, 100);
+    prgbAES->setTextVisible(false);
+    lblPercent->setObjectName(QStringLiteral("lblPercent"));
+    lblPercent->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    lblPercent->setFixedWidth(fontMetrics().horizontalAdvance(QStringLiteral("100%")));
+
+    const int unit = fontMetrics().height();
+    auto* icon = new QLabel(this);
+    icon->setPixmap(programIcon().pixmap(QSize(unit * 3, unit * 3), devicePixelRatioF()));
+    auto* grid = new QGridLayout(this);
+    grid->setContentsMargins(unit * 3 / 2, unit * 5 / 4, unit * 3 / 2, unit * 5 / 4);
+    grid->setHorizontalSpacing(unit);
+    grid->setVerticalSpacing(unit / 3);
+    grid->addWidget(icon, 0, 0, 2, 1);
+    grid->addWidget(lblMsg, 0, 1, 1, 2, Qt::AlignBottom);
+    grid->addWidget(prgbAES, 1, 1);
+    grid->addWidget(lblPercent, 1, 2);
+    grid->setColumnStretch(1, 1);
+    setMinimumWidth(unit * 22);
+    setPercent(0);
+}
+
+void dlgConnecting::SetMsg(int mode) {
+    const bool isFailure = mode == backupFailed;
+    QFont letters = font();
+    QPalette colors = palette();
+    if (isFailure) {
+        letters.setPointSize(15);
+        colors.setColor(QPalette::WindowText,
+                        themeColor(ThemeColor::Danger, isDarkPalette(colors)));
+    }
+    lblMsg->setFont(letters);
+    lblMsg->setPalette(colors);
+    lblMsg->setText(messageText(mode));
+    setAccessibleName(lblMsg->text());
+    setPercent(0);
+    adjustSize();
+}
+
+void dlgConnecting::setPercent(int percent) {
+    prgbAES->setValue(qBound(0, percent, 100));
+    lblPercent->setText(QString::number(prgbAES->value()) + u'%');
+}
+
+void dlgConnecting::closeEvent(QCloseEvent* event) {
+    // The window manager's close is refused; the owner hides the window when the work is done.
+    event->setAccepted(!event->spontaneous());
+}
+
+void dlgConnecting::keyPressEvent(QKeyEvent* event) {
+    event->accept();
+}
+
+void dlgConnecting::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.setBrush(palette().color(QPalette::Window));
+    const qreal radius = fontMetrics().height() * 0.8;
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+}
+
+}  // namespace keeper

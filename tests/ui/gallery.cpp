@@ -1,0 +1,144 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+// Draws every window and widget of the foundations into pictures, light and dark, to be looked at.
+// usage: ui_gallery FOLDER [SCALE-OF-FONT]
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QTabWidget>
+#include <QTimer>
+#include <QTreeView>
+
+#include "support/fake_desktop.h"
+#include "ui/dlg_connecting.h"
+#include "ui/frm_main.h"
+#include "ui/frm_splash.h"
+#include "ui/ports/qt_prompt.h"
+#include "ui/theme/icons.h"
+#include "ui/theme/theme.h"
+#include "ui/widgets/key_box.h"
+#include "ui/widgets/strength_meter.h"
+
+using namespace keeper;
+
+namespace {
+
+QWidget* controls(const KeyboardState& keyboard) {
+    auto* page = new QWidget;
+    auto* grid = new QGridLayout(page);
+    auto* key = new KeyBox(keyboard, QStringLiteral("登录密钥"));
+    key->setText(QStringLiteral("Key１２３"));
+    auto* shown = new KeyBox(keyboard, QStringLiteral("登录密钥"));
+    shown->setText(QStringLiteral("correct horse"));
+    shown->setShown(true);
+    grid->addWidget(new QLabel(QStringLiteral("登录密钥(&K)：")), 0, 0, Qt::AlignTop);
+    grid->addWidget(key, 0, 1);
+    grid->addWidget(new QLabel(QStringLiteral("显示状态：")), 1, 0, Qt::AlignTop);
+    grid->addWidget(shown, 1, 1);
+    int row = 2;
+    for (const int value : {20, 55, 100}) {
+        auto* meter = new StrengthMeter;
+        meter->setStrength(value, QStringLiteral("%1位：中强").arg(value / 5));
+        grid->addWidget(meter, row++, 1);
+    }
+    auto* combo = new QComboBox;
+    combo->addItems({QStringLiteral("张三"), QStringLiteral("Demo")});
+    grid->addWidget(combo, row++, 1);
+    auto* check = new QCheckBox(QStringLiteral("记住密钥"));
+    check->setChecked(true);
+    grid->addWidget(check, row, 0);
+    grid->addWidget(new QCheckBox(QStringLiteral("自动登录")), row++, 1);
+    auto* radio = new QRadioButton(QStringLiteral("通用型"));
+    radio->setChecked(true);
+    grid->addWidget(radio, row, 0);
+    auto* off = new QRadioButton(QStringLiteral("增强型"));
+    off->setEnabled(false);
+    grid->addWidget(off, row++, 1);
+    grid->addWidget(new QSpinBox, row++, 1);
+    auto* group = new QGroupBox(QStringLiteral("图标"));
+    auto* icons = new QGridLayout(group);
+    for (int i = 0; i <= static_cast<int>(Glyph::Website); ++i) {
+        auto* picture = new QLabel;
+        picture->setPixmap(glyphIcon(static_cast<Glyph>(i)).pixmap(QSize(24, 24)));
+        icons->addWidget(picture, i / 13, i % 13);
+    }
+    grid->addWidget(group, row++, 0, 1, 2);
+    auto* buttons = new QDialogButtonBox;
+    auto* login = buttons->addButton(QStringLiteral("登 录"), QDialogButtonBox::AcceptRole);
+    login->setDefault(true);
+    buttons->addButton(QStringLiteral("取消"), QDialogButtonBox::RejectRole);
+    auto* disabled = buttons->addButton(QStringLiteral("移除"), QDialogButtonBox::ActionRole);
+    disabled->setEnabled(false);
+    disabled->setIcon(glyphIcon(Glyph::Delete));
+    grid->addWidget(buttons, row, 0, 1, 2);
+    key->edit()->setFocus();
+    return page;
+}
+
+void save(QWidget& widget, const QString& path) {
+    widget.show();
+    QApplication::processEvents();
+    widget.activateWindow();
+    for (int i = 0; i < 20; ++i) {
+        QApplication::processEvents(QEventLoop::AllEvents, 20);
+    }
+    widget.grab().save(path);
+    widget.hide();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    const QString folder = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral(".");
+    QDir().mkpath(folder);
+    FakeAppearance appearance;
+    FakeKeyboardState keyboard;
+    keyboard.set(true);
+    Theme theme(application, appearance);
+    for (const bool isDark : {false, true}) {
+        theme.setChoice(isDark ? Theme::Choice::Dark : Theme::Choice::Light);
+        const QString tail = isDark ? QStringLiteral("-dark.png") : QStringLiteral("-light.png");
+        frmSplash splash;
+        save(splash, folder + QStringLiteral("/splash") + tail);
+        dlgConnecting connecting;
+        connecting.SetMsg(3);
+        connecting.setPercent(42);
+        save(connecting, folder + QStringLiteral("/connecting") + tail);
+        connecting.SetMsg(4);
+        save(connecting, folder + QStringLiteral("/connecting-failed") + tail);
+        const std::unique_ptr<QWidget> page(controls(keyboard));
+        save(*page, folder + QStringLiteral("/controls") + tail);
+        frmMain window;
+        window.SetCaption(QStringLiteral("张三"));
+        window.statusPanels().setPanel(StatusPanel::Message, QStringLiteral("今天将进行定期备份"));
+        window.statusPanels().setPanel(StatusPanel::Operation, QStringLiteral("浏览"));
+        window.statusPanels().setPanel(StatusPanel::FillState, QStringLiteral("通用型|00:60"));
+        window.statusPanels().setPanel(StatusPanel::RunTime, QStringLiteral("1小时12分5秒"));
+        save(window, folder + QStringLiteral("/main") + tail);
+        for (const auto icon : {Prompt::Icon::Question, Prompt::Icon::Critical}) {
+            QTimer::singleShot(300, [&] {
+                if (QWidget* box = QApplication::activeModalWidget()) {
+                    box->grab().save(folder + QStringLiteral("/box%1").arg(static_cast<int>(icon)) +
+                                     tail);
+                    box->close();
+                }
+            });
+            QtPrompt prompt;
+            prompt.messageBox(QStringLiteral("即将移除此用户。\r\n检测到私人文件夹存在，您需要连带"
+                                             "删除它吗？"),
+                              icon, Prompt::Buttons::YesNoCancel);
+        }
+    }
+    return 0;
+}
