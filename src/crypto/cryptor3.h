@@ -5,12 +5,14 @@
 
 #include <QString>
 #include <QStringView>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <span>
 #include <vector>
 
 #include "crypto/cryptor_host.h"
+#include "crypto/rijndael.h"
 
 namespace keeper {
 
@@ -20,10 +22,11 @@ namespace keeper {
 /// other.
 ///
 /// One instance holds one key schedule and serves one operation at a time. Round keys are wiped at
-/// each new key and in the destructor.
+/// each new key and in the destructor. Enciphering without a key throws CryptorError 91.
 class Cryptor3 {
   public:
-    explicit Cryptor3(CryptorHost& host);
+    /// `paths`: the implementations of rijndael.h that may be used.
+    explicit Cryptor3(CryptorHost& host, unsigned paths = rijndael::AllPaths);
     ~Cryptor3();
     Cryptor3(const Cryptor3&) = delete;
     Cryptor3& operator=(const Cryptor3&) = delete;
@@ -64,8 +67,11 @@ class Cryptor3 {
     void ArrayDecrypt(std::vector<std::uint8_t>& plaintext,
                       std::span<const std::uint8_t> ciphertext, bool appendSize, int blockBits);
 
-    /// File form under the key that is set. On any failure the target is deleted and false
-    /// returned; only a refused access is shown to the user.
+    /// File form under the key that is set. A longer file at the target keeps its tail. On any
+    /// failure false is returned and the target is deleted, unless the failure (wrong sizes, a file
+    /// over 256 chunks, a refused access, source and target the same file, most wrong keys) was
+    /// found before the target was opened: then nothing has changed. Only a refused access is shown
+    /// to the user.
     bool FileEncrypt(const QString& source, const QString& target, int blockBits);
     bool FileDecrypt(const QString& target, const QString& source, int blockBits);
 
@@ -75,18 +81,22 @@ class Cryptor3 {
     [[nodiscard]] QString DecryptString(const QString& ciphertext, const QString& key);
 
     /// File form with the key from text. Failures are shown and give false; the source of a failed
-    /// operation is never deleted.
+    /// operation is never deleted. `deleteSource` deletes it when the target is safe on the disk.
     bool EncryptFile(const QString& source, const QString& target, const QString& key,
                      bool deleteSource);
     bool DecryptFile(const QString& source, const QString& target, const QString& key,
                      bool deleteSource);
 
     [[nodiscard]] bool p_IsCalculating() const { return m_isCalculating; }
-    [[nodiscard]] bool p_stopRequested() const { return m_stopRequested; }
+    [[nodiscard]] bool p_stopRequested() const {
+        return m_stopRequested.load(std::memory_order_relaxed);
+    }
     /// May be set from a signal handler: the flag is looked at within 64 KiB of data.
-    void p_stopRequested(bool value) { m_stopRequested = value; }
+    void p_stopRequested(bool value) { m_stopRequested.store(value, std::memory_order_relaxed); }
     /// Rounds of the current key, 0 before the first.
-    [[nodiscard]] int Nr() const { return m_rounds; }
+    [[nodiscard]] int Nr() const { return m_key.rounds; }
+    /// What ended the last file operation, also where nothing was shown; empty after success.
+    [[nodiscard]] const QString& lastFailure() const { return m_lastFailure; }
 
     /// Called with the percentage done, at steps of at least 1.0, before the event loop turns.
     std::function<void(float percent)> DisplayProgress;
@@ -95,10 +105,34 @@ class Cryptor3 {
     [[nodiscard]] static int sizeForKey(qsizetype characters);
 
   private:
+    class FileRun;
+
+    void SetCipherKey(std::span<const std::uint8_t> keyBytes, int keyBits, int blockBits);
+    void SetCalculating(bool value) { m_isCalculating = value; }
+    void requireKey() const;
+    /// Throws when a stop was requested, and forgets the request.
+    void throwIfStopped(bool decrypt);
+    void cipherBlock(int columns, bool decrypt, std::span<const std::uint8_t> source,
+                     std::span<std::uint8_t> destination, int p, int q);
+    /// Whole blocks; a stop takes effect within 64 KiB.
+    void cipherBlocks(const rijndael::KeySchedule& key, int columns, bool decrypt,
+                      const std::uint8_t* source, std::uint8_t* destination, std::size_t bytes);
+    bool cipherFile(bool decrypt, const QString& source, const QString& target, int blockBits);
+    bool cipherFileWithKey(bool decrypt, const QString& source, const QString& target,
+                           const QString& key, bool deleteSource);
+    void showFailure(const QString& operation, const CryptorError& error);
+
     CryptorHost& m_host;
-    volatile bool m_stopRequested = false;
+    const rijndael::Implementation& m_implementation;
+    rijndael::KeySchedule m_key;
+    QString m_lastFailure;
+    std::atomic<bool> m_stopRequested = false;
     bool m_isCalculating = false;
-    int m_rounds = 0;
+
+    static_assert(std::atomic<bool>::is_always_lock_free);
 };
+
+/// REQUIRES: called inside a catch block. What was thrown, with a number and a description.
+[[nodiscard]] CryptorError currentCryptorError();
 
 }  // namespace keeper

@@ -12,11 +12,12 @@ namespace keeper {
 /// Where a long operation has to report progress, when it advances in units but works in large
 /// pieces: after each unit the percentage is position / size * 100 as a 32-bit number, and it is
 /// reported when it has grown by at least `step` since the last report. The positions come out
-/// the same as if every unit was looked at.
+/// the same as if every unit was looked at. `lag`, less than a unit, is by how much the position in
+/// the percentage stays behind the unit's end.
 class ProgressSteps {
   public:
-    ProgressSteps(std::uint64_t size, std::uint64_t unit, float step)
-        : m_size(size), m_unit(unit), m_step(step), m_next(findNext(0)) {}
+    ProgressSteps(std::uint64_t size, std::uint64_t unit, float step, std::uint64_t lag = 0)
+        : m_size(size), m_unit(unit), m_step(step), m_lag(lag), m_next(findNext(0)) {}
 
     /// The first position behind the last report at which the next one is due; beyond the size
     /// when none is.
@@ -36,8 +37,8 @@ class ProgressSteps {
 
   private:
     [[nodiscard]] float percentAt(std::uint64_t position) const {
-        return static_cast<float>(static_cast<double>(position) / static_cast<double>(m_size) *
-                                  100.0);
+        return static_cast<float>(static_cast<double>(position - m_lag) /
+                                  static_cast<double>(m_size) * 100.0);
     }
     [[nodiscard]] bool isDue(std::uint64_t position) const {
         return percentAt(position) - m_lastRaised >= m_step;
@@ -63,6 +64,7 @@ class ProgressSteps {
     std::uint64_t m_size;
     std::uint64_t m_unit;
     float m_step;
+    std::uint64_t m_lag;
     float m_lastRaised = 0.0F;
     std::uint64_t m_next;
 };
