@@ -29,7 +29,7 @@ PaddedTail::~PaddedTail() {
 QString digestText(std::span<const std::uint32_t> words, std::endian order) {
     static constexpr char16_t kDigits[] = u"0123456789ABCDEF";
     QString text;
-    text.reserve(static_cast<qsizetype>(words.size() * 8));
+    text.reserve(static_cast<qsizetype>(words.size()) * 8);
     for (const std::uint32_t word : words) {
         for (unsigned i = 0; i < 4; ++i) {
             const unsigned shift = order == std::endian::little ? 8 * i : 24 - 8 * i;

@@ -18,6 +18,7 @@ namespace {
 // The attribute stands on each function, not on the file: inline functions of shared headers must
 // not come out of this file with instructions that other processors lack.
 #define KEEPER_SHA_NI __attribute__((target("sha,sse4.1,ssse3")))
+#define KEEPER_SHA_NI_INLINE KEEPER_SHA_NI __attribute__((always_inline)) inline
 
 struct Schedule {
     __m128i words[4];
@@ -27,7 +28,7 @@ struct Schedule {
 
 /// Four steps, group G of 20. The words of the groups to come are prepared three groups ahead.
 template <int G>
-KEEPER_SHA_NI [[gnu::always_inline]] inline void fourSteps(Schedule& s) {
+KEEPER_SHA_NI_INLINE void fourSteps(Schedule& s) {
     __m128i& e = s.e[G % 2];
     if constexpr (G == 0) {
         e = _mm_add_epi32(e, s.words[0]);
@@ -48,8 +49,7 @@ KEEPER_SHA_NI [[gnu::always_inline]] inline void fourSteps(Schedule& s) {
 }
 
 template <int... G>
-KEEPER_SHA_NI [[gnu::always_inline]] inline void allSteps(Schedule& s,
-                                                          std::integer_sequence<int, G...>) {
+KEEPER_SHA_NI_INLINE void allSteps(Schedule& s, std::integer_sequence<int, G...>) {
     (fourSteps<G>(s), ...);
 }
 
