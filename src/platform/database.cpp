@@ -16,6 +16,7 @@
 
 #include "crypto/secure_wipe.h"
 #include "platform/database_checks.h"
+#include "platform/unique_fd.h"
 #include "platform/wiping_allocator.h"
 
 namespace keeper {
@@ -71,7 +72,9 @@ class Secret {
 
 void refuseUnfitPassword(const QString& password) {
     // The engine takes x'…' as a ready page key without derivation.
-    if (password.isEmpty() || password.startsWith(QStringLiteral("x'"), Qt::CaseInsensitive)) {
+    constexpr qsizetype kShortestReadyKey = 67;
+    if (password.isEmpty() || (password.startsWith(QStringLiteral("x'"), Qt::CaseInsensitive) &&
+                               password.toUtf8().size() >= kShortestReadyKey)) {
         throw DatabaseError(SQLITE_MISUSE, QStringLiteral("sqlite3_key: unfit password"));
     }
 }
@@ -126,6 +129,27 @@ class Connection {
 };
 
 }  // namespace
+
+bool DatabaseError::saysNoDatabase() const {
+    const int primary = m_number & 0xFF;
+    return primary == SQLITE_NOTADB || primary == SQLITE_CORRUPT || primary == SQLITE_FORMAT;
+}
+
+bool DatabaseError::saysBusy() const {
+    const int primary = m_number & 0xFF;
+    return primary == SQLITE_BUSY || primary == SQLITE_LOCKED;
+}
+
+bool Database::isHeldElsewhere(const QString& path) {
+    const UniqueFd file(::open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC));
+    // The bytes on which the engine keeps its locks, from the pending byte to the shared range.
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = 0x40000000;
+    lock.l_len = 512;
+    return file.isValid() && ::fcntl(file.get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
 
 Database::Database(DatabaseOptions options) : m_options(options) {
     installWipingAllocator();

@@ -23,6 +23,10 @@ class DatabaseError : public std::runtime_error {
           m_description(description) {}
     [[nodiscard]] int number() const { return m_number; }
     [[nodiscard]] const QString& description() const { return m_description; }
+    /// The file is no sound database under this password.
+    [[nodiscard]] bool saysNoDatabase() const;
+    /// Somebody else holds the file.
+    [[nodiscard]] bool saysBusy() const;
 
   private:
     int m_number;
@@ -64,6 +68,8 @@ class Database {
     /// or SQLITE_CORRUPT) and leaves the file untouched.
     void open(const QString& path, const QString& password, Trust trust = Trust::Header);
     void close();
+    /// Whether another process has the database open. REQUIRES: this process has not.
+    [[nodiscard]] static bool isHeldElsewhere(const QString& path);
     [[nodiscard]] bool isOpen() const { return m_handle != nullptr; }
     [[nodiscard]] const QString& path() const { return m_path; }
 

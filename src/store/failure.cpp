@@ -3,10 +3,39 @@
 
 #include "store/failure.h"
 
+#include <cerrno>
+#include <system_error>
+
 #include "crypto/cryptor_host.h"
 #include "platform/database.h"
 
 namespace keeper {
+namespace {
+
+/// In words for a person, with the failed step and the system's own text behind them.
+QString systemErrorText(const std::system_error& error) {
+    const QString detail = QString::fromLocal8Bit(error.what());
+    switch (error.code().value()) {
+        case ENOSPC:
+        case EDQUOT:
+            return QStringLiteral("磁盘空间不足。\r\n") + detail;
+        case EACCES:
+        case EPERM:
+            return QStringLiteral("拒绝访问。\r\n") + detail;
+        case EROFS:
+            return QStringLiteral("磁盘为只读。\r\n") + detail;
+        case EIO:
+            return QStringLiteral("磁盘读写错误。\r\n") + detail;
+        case ENOENT:
+            return QStringLiteral("文件或文件夹不存在。\r\n") + detail;
+        case EWOULDBLOCK:
+            return QStringLiteral("正被另一程序使用。\r\n") + detail;
+        default:
+            return detail;
+    }
+}
+
+}  // namespace
 
 Failure currentFailure() {
     try {
@@ -17,6 +46,8 @@ Failure currentFailure() {
         return {error.number(), error.description()};
     } catch (const KeeperError& error) {
         return {error.number(), error.description()};
+    } catch (const std::system_error& error) {
+        return {error.code().value(), systemErrorText(error)};
     } catch (const std::exception& error) {
         return {0, QString::fromUtf8(error.what())};
     } catch (...) {

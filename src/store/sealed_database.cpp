@@ -1,0 +1,365 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "store/sealed_database.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <cmath>
+#include <utility>
+
+#include "crypto/cryptor2.h"
+#include "crypto/cryptor3.h"
+#include "crypto/secure_wipe.h"
+#include "platform/database.h"
+#include "platform/durable_file.h"
+#include "platform/prompt.h"
+#include "store/failure.h"
+#include "store/key_holder.h"
+#include "store/schema.h"
+#include "store/sealed_file.h"
+
+namespace keeper {
+namespace {
+
+/// SHA-1 of the empty text.
+const QString kEmptyDigest = QStringLiteral("DA39A3EE5E6B4B0D3255BFEF95601890AFD80709");
+/// People know this number for everything that says "no database under this password, or busy".
+constexpr std::int32_t kUnspecified = -2147467259;
+constexpr std::int32_t kConnectFailed = static_cast<std::int32_t>(0x80040001U);
+const QString kWorkingSuffix = QStringLiteral(".tmp");
+const QString kCompactingSuffix = QStringLiteral(".compacting");
+
+QString journalOf(const QString& path) {
+    return path + QStringLiteral("-journal");
+}
+
+/// Runs `operation`; what it throws becomes the message of a failed connection.
+template <typename Operation>
+bool connected(QString& message, Operation&& operation) {
+    message.clear();
+    try {
+        operation();
+        return true;
+    } catch (const DatabaseError& error) {
+        message = error.saysNoDatabase() || error.saysBusy()
+                      ? QStringLiteral("{%1}数据库不可识别。").arg(kUnspecified)
+                      : QStringLiteral("{%1}%2").arg(QString::number(error.number()),
+                                                     error.description());
+    } catch (...) {
+        const Failure failure = currentFailure();
+        message =
+            QStringLiteral("{%1}%2").arg(QString::number(failure.number), failure.description);
+    }
+    return false;
+}
+
+/// Shows what a cipher does for the length of one operation.
+class ProgressBinding {
+  public:
+    ProgressBinding(Cryptor3& cipher, ConnectingDisplay& display) : m_cipher(cipher) {
+        m_cipher.DisplayProgress = [&display](float percent) {
+            display.setProgress(static_cast<int>(std::lround(percent)));
+        };
+    }
+    ~ProgressBinding() { m_cipher.DisplayProgress = nullptr; }
+    ProgressBinding(const ProgressBinding&) = delete;
+    ProgressBinding& operator=(const ProgressBinding&) = delete;
+
+  private:
+    Cryptor3& m_cipher;
+};
+
+}  // namespace
+
+QString connectingText(CryptMode mode) {
+    switch (mode) {
+        case CryptMode::Unseal:
+            return QStringLiteral("正在解密……");
+        case CryptMode::Seal:
+            return QStringLiteral("正在加密……");
+        case CryptMode::SealForDispatch:
+            return QStringLiteral("正在分派数据库");
+        case CryptMode::SealAndBackUp:
+            return QStringLiteral("正在加密并备份");
+        case CryptMode::SealAfterFailedBackup:
+            return QStringLiteral("退出备份失败\r\n指定备份路径无效,");
+    }
+    return {};
+}
+
+SealedDatabase::SealedDatabase(KeyHolder& keys, Cryptor3& cipher, Database& database,
+                               Prompt& prompt, Random& random, ConnectingDisplay& display,
+                               QString stateFolder)
+    : m_keys(keys),
+      m_cipher(cipher),
+      m_database(database),
+      m_prompt(prompt),
+      m_random(random),
+      m_display(display),
+      m_chain(cipher),
+      m_stateFolder(std::move(stateFolder)) {}
+
+QString SealedDatabase::p_kvdbFile() const {
+    return m_keys.p_kvdbFile();
+}
+
+QString SealedDatabase::GetCryptLgnKey(bool scheme, const QString& key) const {
+    return m_chain.GetCryptLgnKey(scheme, key);
+}
+
+QString SealedDatabase::GetAccessDBSec(bool scheme, const QString& key) {
+    return KeyChain::GetAccessDBSec(scheme, key);
+}
+
+QString SealedDatabase::TransformDBPwd(const QString& text) {
+    return KeyChain::TransformDBPwd(text);
+}
+
+bool SealedDatabase::setAccessDBSec(bool scheme, const QString& newKey, bool initial) {
+    return guardedRun(m_prompt, QStringLiteral("cSystem.SetAccessDBSec"), [&] {
+        QString current = initial ? QString() : m_keys.p_plainLgnKey();
+        const WipeGuard wipeCurrent(current);
+        QString oldPassword = GetAccessDBSec(scheme, current);
+        const WipeGuard wipeOld(oldPassword);
+        QString newPassword = TransformDBPwd(KeyChain::HashToDBPwd(false, newKey));
+        const WipeGuard wipeNew(newPassword);
+        m_database.rekey(oldPassword, newPassword);
+    });
+}
+
+bool SealedDatabase::InitLgnKey(const QString& key) {
+    return setAccessDBSec(false, key, true);
+}
+
+bool SealedDatabase::SetLgnKey(bool scheme, const QString& key) {
+    if (!setAccessDBSec(scheme, key, false)) {
+        return false;
+    }
+    m_keys.p_plainLgnKey(key);
+    return true;
+}
+
+bool SealedDatabase::CheckLgnKey(const QString& key) const {
+    return Cryptor2::hashString(key) == m_keys.p_hashLgnKey();
+}
+
+bool SealedDatabase::CheckIdpPwd(const QString& key) const {
+    return Cryptor2::hashString(key) == m_keys.p_idpPwdHashCode();
+}
+
+bool SealedDatabase::IsIdpPwdNull() const {
+    return m_keys.p_idpPwdHashCode() == kEmptyDigest;
+}
+
+void SealedDatabase::startWorkingCopy(Origin origin) {
+    ensurePrivateFolder(m_stateFolder);
+    m_tmpFile = makeFreshFile(m_stateFolder, QString(), kWorkingSuffix, m_random);
+    m_origin = origin;
+    m_wasConnected = false;
+}
+
+void SealedDatabase::removeWorkingCopy() {
+    QFile::remove(m_tmpFile);
+    QFile::remove(journalOf(m_tmpFile));
+    m_origin = Origin::None;
+    m_wasConnected = false;
+}
+
+bool SealedDatabase::CreateWorkingCopy(const QDateTime& now) {
+    m_trouble = Trouble::System;
+    const bool made = guardedRun(m_prompt, QStringLiteral("cSystem.CreateUser"), [&] {
+        m_database.close();
+        startWorkingCopy(Origin::New);
+        QFile::remove(m_tmpFile);
+        try {
+            m_database.create(m_tmpFile, GetAccessDBSec(false, QString()));
+            createSchema(m_database, now);
+            m_database.close();
+        } catch (...) {
+            DiscardWorkingCopy();
+            throw;
+        }
+    });
+    if (made) {
+        m_trouble = Trouble::None;
+    }
+    return made;
+}
+
+bool SealedDatabase::CryptKVDB(bool scheme, int mode, bool closeDialog, const QString& target) {
+    m_trouble = Trouble::System;
+    const bool done = guarded(m_prompt, QStringLiteral("cSystem.CryptKVDB"), false, [&] {
+        if (mode < static_cast<int>(CryptMode::Unseal) ||
+            mode > static_cast<int>(CryptMode::SealAfterFailedBackup)) {
+            throw KeeperError(5, QStringLiteral("CryptKVDB"), QStringLiteral("未知的加密模式。"));
+        }
+        const auto which = static_cast<CryptMode>(mode);
+        m_display.SetMsg(which);
+        const ProgressBinding progress(m_cipher, m_display);
+        m_database.close();
+        QString plain = m_keys.p_plainLgnKey();
+        const WipeGuard wipePlain(plain);
+        QString key = GetCryptLgnKey(scheme, plain);
+        const WipeGuard wipeKey(key);
+        return which == CryptMode::Unseal ? unseal(key) : seal(scheme, key, target);
+    });
+    if (closeDialog) {
+        m_display.close();
+    }
+    return done;
+}
+
+bool SealedDatabase::unseal(const QString& key) {
+    const QString sealed = p_kvdbFile();
+    startWorkingCopy(Origin::Unsealed);
+    UnsealResult result = UnsealResult::SystemFailed;
+    try {
+        result = unsealFile(m_cipher, sealed, m_tmpFile, key);
+    } catch (...) {
+        m_origin = Origin::None;
+        throw;
+    }
+    switch (result) {
+        case UnsealResult::Done:
+            m_trouble = Trouble::None;
+            return true;
+        case UnsealResult::NotUnderThisKey:
+            m_trouble = Trouble::WrongKey;
+            break;
+        case UnsealResult::SystemFailed:
+            m_origin = Origin::None;
+            throw KeeperError(5, QStringLiteral("CryptKVDB"),
+                              QStringLiteral("解密未能完成，请检查磁盘空间和访问权限。"));
+    }
+    m_origin = Origin::None;
+    return false;
+}
+
+/// A journal beside the closed working copy means that a write was cut short: without it the file
+/// may be inconsistent, so it is rolled back before anybody copies the file.
+void SealedDatabase::settleJournal(bool scheme) {
+    if (QFileInfo(journalOf(m_tmpFile)).size() == 0) {
+        return;
+    }
+    QString plain = m_keys.p_plainLgnKey();
+    const WipeGuard wipePlain(plain);
+    QString password = GetAccessDBSec(scheme, plain);
+    const WipeGuard wipePassword(password);
+    m_database.open(m_tmpFile, password);
+    m_database.close();
+}
+
+bool SealedDatabase::seal(bool scheme, const QString& key, const QString& target) {
+    if (m_origin == Origin::Unsealed && !m_wasConnected && target.isEmpty()) {
+        removeWorkingCopy();
+        m_trouble = Trouble::None;
+        return true;
+    }
+    if (Database::isHeldElsewhere(m_tmpFile)) {
+        m_trouble = Trouble::InUse;
+        throw KeeperError(kUnspecified, QStringLiteral("CryptKVDB"),
+                          QStringLiteral("数据库正被另一程序使用，未作加密。"));
+    }
+    if (!m_wasConnected) {
+        m_trouble = Trouble::Damaged;
+        throw KeeperError(kUnspecified, QStringLiteral("CryptKVDB"),
+                          QStringLiteral("数据库未曾打开，未作加密，原文件保持不变。"));
+    }
+    settleJournal(scheme);
+    const qint64 size = QFileInfo(m_tmpFile).size();
+    if (size == 0 || size % DatabaseOptions{}.pageSize != 0) {
+        m_trouble = Trouble::Damaged;
+        throw KeeperError(kUnspecified, QStringLiteral("CryptKVDB"),
+                          QStringLiteral("数据库已损坏，未作加密，原文件保持不变。"));
+    }
+    sealFile(m_cipher, m_tmpFile, target.isEmpty() ? p_kvdbFile() : target, key, m_random);
+    if (target.isEmpty()) {
+        removeWorkingCopy();
+    }
+    m_trouble = Trouble::None;
+    return true;
+}
+
+bool SealedDatabase::ConnAccess(const QString& password, QString& message) {
+    m_trouble = Trouble::System;
+    const bool isFirst = m_origin == Origin::Unsealed && !m_wasConnected;
+    const bool done = connected(message, [&] {
+        m_database.close();
+        try {
+            m_database.open(m_tmpFile, password,
+                            isFirst ? Database::Trust::AllPages : Database::Trust::Header);
+        } catch (const DatabaseError& error) {
+            if (error.saysBusy()) {
+                m_trouble = Trouble::InUse;
+            } else if (error.saysNoDatabase()) {
+                m_trouble = isFirst ? Trouble::Damaged : Trouble::WrongKey;
+            }
+            throw;
+        }
+    });
+    if (done) {
+        m_wasConnected = true;
+        m_trouble = Trouble::None;
+    }
+    return done;
+}
+
+bool SealedDatabase::ConnAccess2(const QString& file, const QString& password, Database& connection,
+                                 QString& message) {
+    return connected(message, [&] {
+        connection.close();
+        connection.open(file, password, Database::Trust::AllPages);
+    });
+}
+
+void SealedDatabase::compactInto(const QString& fresh, const QString& password) {
+    m_database.close();
+    m_database.open(m_tmpFile, password);
+    m_database.exportTo(fresh, password);
+    m_database.close();
+}
+
+bool SealedDatabase::CompactDB(bool scheme) {
+    QString plain = m_keys.p_plainLgnKey();
+    const WipeGuard wipePlain(plain);
+    QString password = GetAccessDBSec(scheme, plain);
+    const WipeGuard wipePassword(password);
+    QString fresh;
+    return guarded(m_prompt, QStringLiteral("cSystem.CompactDB"), false, [&] {
+        QString message;
+        try {
+            ensurePrivateFolder(m_stateFolder);
+            removeLeftovers(m_stateFolder, QString(), kCompactingSuffix);
+            fresh = makeFreshFile(m_stateFolder, QString(), kCompactingSuffix, m_random);
+            QFile::remove(fresh);
+            compactInto(fresh, password);
+            // One step instead of delete and move: there is always one whole file at the old path.
+            moveDurably(fresh, m_tmpFile);
+        } catch (...) {
+            QFile::remove(fresh);
+            ConnAccess(password, message);
+            throw;
+        }
+        if (!ConnAccess(password, message)) {
+            throw KeeperError(kConnectFailed, QStringLiteral("CompactDB"), message);
+        }
+        return true;
+    });
+}
+
+void SealedDatabase::GetResumeTempFile(const QString& path) {
+    m_tmpFile = path;
+    m_origin = Origin::Resumed;
+    m_wasConnected = false;
+}
+
+void SealedDatabase::DiscardWorkingCopy() {
+    m_database.close();
+    if (!m_tmpFile.isEmpty() && !Database::isHeldElsewhere(m_tmpFile)) {
+        removeWorkingCopy();
+    }
+}
+
+}  // namespace keeper

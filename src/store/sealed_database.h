@@ -1,0 +1,113 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+#include "store/connecting_display.h"
+#include "store/key_chain.h"
+
+namespace keeper {
+
+class Cryptor3;
+class Database;
+class KeyHolder;
+class Prompt;
+class Random;
+
+/// The road between the sealed file of a user and the open database of a session.
+///
+/// At rest there is one file, sealed. A session works on a copy in the state folder (0700, file
+/// 0600), which is a page-enciphered database under its password, held exclusively. Nothing is ever
+/// in clear on a disk. The sealed file is only replaced by a whole new one, and only by a working
+/// copy that was opened under its password; the working copy is deleted after that.
+class SealedDatabase {
+  public:
+    /// What the last CryptKVDB, ConnAccess or CreateWorkingCopy stumbled on. Whoever destroys data
+    /// after a failed login must look here first: only WrongKey may lead there.
+    enum class Trouble {
+        None,
+        WrongKey,  ///< not under this key, or cut or damaged where that cannot be told apart
+        Damaged,   ///< the key of the sealed file was right, the database inside is unsound
+        InUse,     ///< another program holds the working copy
+        System,    ///< disk, rights or memory: says nothing about the content
+    };
+
+    /// `stateFolder` is made when it is needed. All references must outlive the object.
+    SealedDatabase(KeyHolder& keys, Cryptor3& cipher, Database& database, Prompt& prompt,
+                   Random& random, ConnectingDisplay& display, QString stateFolder);
+
+    [[nodiscard]] const QString& p_tmpFile() const { return m_tmpFile; }
+    [[nodiscard]] QString p_kvdbFile() const;
+    [[nodiscard]] Trouble trouble() const { return m_trouble; }
+
+    [[nodiscard]] QString GetCryptLgnKey(bool scheme, const QString& key) const;
+    [[nodiscard]] static QString GetAccessDBSec(bool scheme, const QString& key);
+    [[nodiscard]] static QString TransformDBPwd(const QString& text);
+
+    /// Gives a new database its first password. The key of the session does not change.
+    bool InitLgnKey(const QString& key);
+    /// Re-keys the open database to the current scheme and makes `key` the session's login key;
+    /// on failure both stay. The sealed file takes the new key when it is sealed next. The user's
+    /// record must be written right after a success, or a crash leaves a working copy whose key
+    /// the record does not know.
+    bool SetLgnKey(bool scheme, const QString& key);
+    [[nodiscard]] bool CheckLgnKey(const QString& key) const;
+    [[nodiscard]] bool CheckIdpPwd(const QString& key) const;
+    [[nodiscard]] bool IsIdpPwdNull() const;
+
+    /// Makes the working copy of a new database: schema and fixed rows, under the password of the
+    /// empty key. It becomes p_tmpFile. Failures are shown.
+    bool CreateWorkingCopy(const QDateTime& now);
+
+    /// Mode 0 unseals p_kvdbFile into a fresh p_tmpFile. The other modes seal: with an empty
+    /// `target` over p_kvdbFile, after which the working copy is deleted, else into `target`, which
+    /// leaves working copy and sealed file as they are. The database is closed by all modes.
+    ///
+    /// A working copy that was unsealed but never connected is deleted instead of sealed: the
+    /// sealed file has its content already. One that was left by a crash and could not be connected
+    /// is neither sealed nor deleted. Every failure leaves the sealed file and the working copy.
+    bool CryptKVDB(bool scheme, int mode, bool closeDialog, const QString& target);
+
+    /// Opens p_tmpFile. A failure is told in `message` and not shown.
+    bool ConnAccess(const QString& password, QString& message);
+    /// The same for any file and connection.
+    static bool ConnAccess2(const QString& file, const QString& password, Database& connection,
+                            QString& message);
+    /// Rewrites the working copy without its unused space and opens it again. On failure the old
+    /// one stands and is open where that is possible.
+    bool CompactDB(bool scheme);
+
+    /// Takes up the working copy that a crash left behind.
+    void GetResumeTempFile(const QString& path);
+    /// Closes the database and deletes the working copy, unless another program holds it.
+    void DiscardWorkingCopy();
+
+  private:
+    enum class Origin { None, New, Unsealed, Resumed };
+
+    bool setAccessDBSec(bool scheme, const QString& newKey, bool initial);
+    bool unseal(const QString& key);
+    bool seal(bool scheme, const QString& key, const QString& target);
+    void settleJournal(bool scheme);
+    void compactInto(const QString& fresh, const QString& password);
+    void startWorkingCopy(Origin origin);
+    void removeWorkingCopy();
+
+    KeyHolder& m_keys;
+    Cryptor3& m_cipher;
+    Database& m_database;
+    Prompt& m_prompt;
+    Random& m_random;
+    ConnectingDisplay& m_display;
+    KeyChain m_chain;
+    QString m_stateFolder;
+    QString m_tmpFile;
+    Origin m_origin = Origin::None;
+    bool m_wasConnected = false;
+    Trouble m_trouble = Trouble::None;
+};
+
+}  // namespace keeper

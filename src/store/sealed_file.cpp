@@ -1,0 +1,175 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "store/sealed_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStorageInfo>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <system_error>
+#include <vector>
+
+#include "crypto/cryptor3.h"
+#include "crypto/secure_wipe.h"
+#include "platform/database.h"
+#include "platform/random.h"
+#include "platform/unique_fd.h"
+#include "store/failure.h"
+
+namespace keeper {
+namespace {
+
+const QString kSealingMark = QStringLiteral(".sealing-");
+
+[[noreturn]] void fail(const char* step, const QString& path) {
+    throw std::system_error(errno, std::generic_category(),
+                            std::string(step) + " " + path.toStdString());
+}
+
+UniqueFd openFile(const QString& path, int flags) {
+    UniqueFd file(::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC));
+    if (!file.isValid()) {
+        fail("open", path);
+    }
+    return file;
+}
+
+void flush(const QString& path, int flags) {
+    const UniqueFd handle = openFile(path, flags);
+    // Some network file systems cannot flush a folder and say EINVAL.
+    if (::fsync(handle.get()) != 0 && !((flags & O_DIRECTORY) != 0 && errno == EINVAL)) {
+        fail("flush", path);
+    }
+}
+
+std::int64_t sizeOf(const UniqueFd& file, const QString& path) {
+    struct stat state {};
+    if (::fstat(file.get(), &state) != 0) {
+        fail("stat", path);
+    }
+    return state.st_size;
+}
+
+/// A database is whole pages and pages are whole blocks, so the one block behind them is always the
+/// enciphered block of zeros. It proves the key, and it is the only place of a sealed file that the
+/// authentication codes of the pages do not reach.
+bool endsAsDatabase(Cryptor3& cipher, const QString& path, const QString& key) {
+    const int bits = Cryptor3::sizeForKey(key.size());
+    const auto blockSize = static_cast<std::size_t>(bits / 8);
+    const UniqueFd file = openFile(path, O_RDONLY);
+    const std::int64_t size = sizeOf(file, path);
+    const auto block = static_cast<std::int64_t>(blockSize);
+    if (size <= block || (size - block) % DatabaseOptions{}.pageSize != 0) {
+        return false;
+    }
+    std::vector<std::uint8_t> last(blockSize);
+    const ssize_t got = ::pread(file.get(), last.data(), last.size(), size - block);
+    if (got < 0) {
+        fail("read", path);
+    }
+    std::vector<std::uint8_t> expected;
+    cipher.SetCipherKeyString(key, bits, bits, false);
+    cipher.ArrayEncrypt(std::vector<std::uint8_t>(blockSize), expected, false, bits);
+    return static_cast<std::size_t>(got) == blockSize && last == expected;
+}
+
+/// Takes the file away unless it was kept: on every way out of a failed operation.
+class TemporaryFile {
+  public:
+    explicit TemporaryFile(QString path) : m_path(std::move(path)) {}
+    ~TemporaryFile() {
+        if (!m_path.isEmpty()) {
+            QFile::remove(m_path);
+        }
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    [[nodiscard]] const QString& path() const { return m_path; }
+    void keep() { m_path.clear(); }
+
+  private:
+    QString m_path;
+};
+
+}  // namespace
+
+QString makeFreshFile(const QString& folder, const QString& prefix, const QString& suffix,
+                      Random& random) {
+    std::array<std::uint8_t, 16> bytes{};
+    random.fill(bytes);
+    const QByteArray digits =
+        QByteArray(reinterpret_cast<const char*>(bytes.data()), bytes.size()).toHex();
+    const QString path = folder + u'/' + prefix + QString::fromLatin1(digits) + suffix;
+    const UniqueFd file(
+        ::open(QFile::encodeName(path).constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600));
+    if (!file.isValid()) {
+        fail("create", path);
+    }
+    return path;
+}
+
+void removeLeftovers(const QString& folder, const QString& prefix, const QString& suffix) {
+    QDir place(folder);
+    const QStringList names = place.entryList(QDir::Files | QDir::Hidden | QDir::System);
+    for (const QString& name : names) {
+        if (name.startsWith(prefix) && name.endsWith(suffix)) {
+            place.remove(name);
+        }
+    }
+}
+
+void moveDurably(const QString& from, const QString& to) {
+    if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0) {
+        fail("rename", to);
+    }
+    flush(QFileInfo(to).absolutePath(), O_RDONLY | O_DIRECTORY);
+}
+
+void sealFile(Cryptor3& cipher, const QString& source, const QString& target, const QString& key,
+              Random& random) {
+    // A link to a file elsewhere stays a link.
+    const QString resolved = QFileInfo(target).canonicalFilePath();
+    const QFileInfo place(resolved.isEmpty() ? target : resolved);
+    const QString folder = place.absolutePath();
+    const QString head = u'.' + place.fileName() + kSealingMark;
+    removeLeftovers(folder, head, QString());
+    TemporaryFile fresh(makeFreshFile(folder, head, QString(), random));
+    if (!cipher.EncryptFile(source, fresh.path(), key, /*deleteSource=*/false)) {
+        // The cipher does not tell why it failed.
+        const bool isFull = QStorageInfo(folder).bytesAvailable() <= QFileInfo(source).size();
+        throw KeeperError(5, QStringLiteral("sealFile"),
+                          isFull ? QStringLiteral("磁盘空间不足，加密未能完成，原文件保持不变。")
+                                 : QStringLiteral("加密未能完成，原文件保持不变。"));
+    }
+    if (!endsAsDatabase(cipher, fresh.path(), key)) {
+        throw KeeperError(5, QStringLiteral("sealFile"),
+                          QStringLiteral("加密结果不完整，原文件保持不变。"));
+    }
+    flush(fresh.path(), O_RDONLY);
+    // Renamed away, the file is no longer there to be removed on a failure of the folder's flush.
+    moveDurably(fresh.path(), place.filePath());
+    fresh.keep();
+}
+
+UnsealResult unsealFile(Cryptor3& cipher, const QString& source, const QString& target,
+                        const QString& key) {
+    TemporaryFile made(target);
+    if (!endsAsDatabase(cipher, source, key)) {
+        return UnsealResult::NotUnderThisKey;
+    }
+    if (!cipher.DecryptFile(source, target, key, /*deleteSource=*/false)) {
+        return UnsealResult::SystemFailed;
+    }
+    made.keep();
+    return UnsealResult::Done;
+}
+
+}  // namespace keeper

@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <QString>
+
+namespace keeper {
+
+class Cryptor3;
+class Random;
+
+/// Why a file could not be unsealed.
+enum class UnsealResult {
+    Done,
+    /// The file is no sealed database under this key: another key, or cut or damaged at its end.
+    NotUnderThisKey,
+    /// The key is right; disk, rights or memory failed. Says nothing about the content.
+    SystemFailed,
+};
+
+/// Path of a new, empty file that only its owner may read: FOLDER/PREFIX, 32 random digits, SUFFIX.
+/// Throws std::system_error.
+[[nodiscard]] QString makeFreshFile(const QString& folder, const QString& prefix,
+                                    const QString& suffix, Random& random);
+
+/// Deletes the files of the folder whose names begin and end so.
+void removeLeftovers(const QString& folder, const QString& prefix, const QString& suffix);
+
+/// Renames over `to`, which then survives a power cut. REQUIRES: the content of `from` is flushed,
+/// both lie on one file system. Throws std::system_error.
+void moveDurably(const QString& from, const QString& to);
+
+/// Enciphers `source` into the place of `target` in one step: beside it, flushed, renamed over it,
+/// folder flushed. The old target stays whole on every failure, which throws (std::system_error or
+/// KeeperError). Leftovers of interrupted runs beside the target are removed. `source` stays.
+void sealFile(Cryptor3& cipher, const QString& source, const QString& target, const QString& key,
+              Random& random);
+
+/// Deciphers `source` into the existing, empty `target`. On failure there is no target.
+/// Throws std::system_error when the source cannot be read.
+[[nodiscard]] UnsealResult unsealFile(Cryptor3& cipher, const QString& source,
+                                      const QString& target, const QString& key);
+
+}  // namespace keeper

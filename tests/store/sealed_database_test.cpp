@@ -1,0 +1,228 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "store/sealed_database.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "support/vault.h"
+
+namespace keeper {
+namespace {
+
+const QString kUnreadable = QStringLiteral("{-2147467259}数据库不可识别。");
+
+class SealedDatabaseTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(m_folder.isValid());
+        VaultSession first(m_folder.path());
+        ASSERT_TRUE(first.build());
+        first.addRow(1);
+        ASSERT_TRUE(first.seal());
+        m_sealed = contentOf(first.keys.file);
+    }
+    VaultSession newSession() { return VaultSession(m_folder.path()); }
+
+    QTemporaryDir m_folder;
+    QByteArray m_sealed;
+};
+
+TEST_F(SealedDatabaseTest, ASessionLeavesOneSealedFileAndNothingInClear) {
+    VaultSession session(m_folder.path());
+    ASSERT_TRUE(session.open()) << session.message.toStdString();
+    EXPECT_EQ(session.rows(), 1);
+    const QString working = session.vault.p_tmpFile();
+    EXPECT_TRUE(working.startsWith(session.stateFolder));
+    EXPECT_EQ(QFile::permissions(working) & 0x77, 0) << "group and others have no right";
+    EXPECT_FALSE(contentOf(working).contains(QStringLiteral("密文检查").toUtf8()));
+    session.addRow(2);
+    ASSERT_TRUE(session.seal());
+    EXPECT_EQ(session.filesIn(session.stateFolder), QStringList());
+    EXPECT_EQ(session.filesIn(m_folder.filePath(QStringLiteral("private"))),
+              QStringList(QStringLiteral("某人.kvdb")));
+    EXPECT_EQ(session.display.modes, (std::vector{CryptMode::Unseal, CryptMode::Seal}));
+    EXPECT_EQ(session.display.closed, 2);
+    EXPECT_EQ(session.display.progress.back(), 100);
+    VaultSession next(m_folder.path());
+    ASSERT_TRUE(next.open());
+    EXPECT_EQ(next.rows(), 2);
+    EXPECT_EQ(next.prompt.takeTexts(), QStringList());
+}
+
+TEST_F(SealedDatabaseTest, AnotherKeyOpensNothingUnderEitherScheme) {
+    VaultSession session(m_folder.path());
+    session.keys.plain = QStringLiteral("wrong key");
+    EXPECT_FALSE(session.vault.CryptKVDB(false, 0, false, {}));
+    EXPECT_FALSE(session.vault.CryptKVDB(true, 0, false, {}));
+    EXPECT_EQ(session.vault.trouble(), SealedDatabase::Trouble::WrongKey);
+    EXPECT_EQ(session.filesIn(session.stateFolder), QStringList());
+    EXPECT_EQ(session.prompt.takeTexts(), QStringList());
+    EXPECT_EQ(session.display.closed, 0);
+    EXPECT_EQ(contentOf(session.keys.file), m_sealed);
+}
+
+TEST_F(SealedDatabaseTest, TheEarlierSchemeIsReadAndMovedToTheCurrentOne) {
+    const QString key = QStringLiteral("legacy-key");
+    {
+        VaultSession old(m_folder.path());
+        ASSERT_TRUE(old.open());
+        old.database.rekey(SealedDatabase::GetAccessDBSec(false, old.keys.plain),
+                           SealedDatabase::GetAccessDBSec(true, key));
+        old.keys.plain = key;
+        ASSERT_TRUE(old.seal(/*scheme=*/true));
+    }
+    VaultSession session(m_folder.path());
+    session.keys.plain = key;
+    EXPECT_FALSE(session.open(/*scheme=*/false));
+    ASSERT_TRUE(session.open(/*scheme=*/true)) << session.message.toStdString();
+    ASSERT_TRUE(session.vault.SetLgnKey(/*scheme=*/true, key));
+    ASSERT_TRUE(session.seal());
+    VaultSession next(m_folder.path());
+    next.keys.plain = key;
+    ASSERT_TRUE(next.open());
+    EXPECT_EQ(next.rows(), 1);
+}
+
+TEST_F(SealedDatabaseTest, ANewLoginKeyHoldsFromTheNextSealing) {
+    VaultSession session(m_folder.path());
+    ASSERT_TRUE(session.open());
+    EXPECT_TRUE(session.vault.CheckLgnKey(session.keys.plain));
+    ASSERT_TRUE(session.vault.SetLgnKey(false, QStringLiteral("new key")));
+    EXPECT_FALSE(session.vault.CheckLgnKey(QStringLiteral("New key")));
+    EXPECT_EQ(session.keys.plain, QStringLiteral("new key"));
+    EXPECT_EQ(contentOf(session.keys.file), m_sealed);
+    ASSERT_TRUE(session.seal());
+    VaultSession next(m_folder.path());
+    EXPECT_FALSE(next.open());
+    next.keys.plain = QStringLiteral("new key");
+    EXPECT_TRUE(next.open());
+    next.database.close();
+    EXPECT_FALSE(next.vault.SetLgnKey(false, QStringLiteral("third"))) << "nothing is open";
+    EXPECT_TRUE(next.prompt.takeTexts().value(0).startsWith(
+        QStringLiteral("[21]cSystem.SetAccessDBSec:\r\n")));
+    EXPECT_EQ(next.keys.plain, QStringLiteral("new key"));
+}
+
+TEST_F(SealedDatabaseTest, DispatchSealsACopyAndLeavesTheSession) {
+    VaultSession session(m_folder.path());
+    ASSERT_TRUE(session.open());
+    session.addRow(2);
+    const QString copy = m_folder.filePath(QStringLiteral("copy.kvdb"));
+    ASSERT_TRUE(session.vault.CryptKVDB(false, 2, false, copy));
+    EXPECT_EQ(contentOf(session.keys.file), m_sealed);
+    ASSERT_TRUE(session.connectUnder(session.keys.plain));
+    EXPECT_EQ(session.rows(), 2);
+    session.keys.file = copy;
+    ASSERT_TRUE(session.seal());
+    EXPECT_EQ(session.display.modes.at(1), CryptMode::SealForDispatch);
+}
+
+TEST_F(SealedDatabaseTest, OnlyAProvenWorkingCopyReplacesTheSealedFile) {
+    VaultSession refused(m_folder.path());
+    ASSERT_TRUE(refused.vault.CryptKVDB(false, 0, false, {}));
+    EXPECT_TRUE(refused.seal()) << "never connected: the sealed file has the content already";
+    EXPECT_FALSE(QFileInfo::exists(refused.vault.p_tmpFile()));
+    EXPECT_EQ(contentOf(refused.keys.file), m_sealed);
+
+    const QString left = m_folder.filePath(QStringLiteral("left.tmp"));
+    putContent(left, QByteArray(8192, 'x'));
+    VaultSession resumed(m_folder.path());
+    resumed.vault.GetResumeTempFile(left);
+    EXPECT_FALSE(resumed.connectUnder(resumed.keys.plain));
+    EXPECT_EQ(resumed.message, kUnreadable);
+    EXPECT_FALSE(resumed.seal());
+    EXPECT_TRUE(QFileInfo::exists(left));
+    EXPECT_EQ(contentOf(resumed.keys.file), m_sealed);
+
+    VaultSession session(m_folder.path());
+    ASSERT_TRUE(session.open());
+    EXPECT_FALSE(session.vault.CryptKVDB(false, 5, false, {})) << "no such mode";
+    EXPECT_TRUE(QFileInfo::exists(session.vault.p_tmpFile()));
+    EXPECT_EQ(contentOf(session.keys.file), m_sealed);
+}
+
+TEST_F(SealedDatabaseTest, ACrashedSessionIsResumed) {
+    const QString left = m_folder.filePath(QStringLiteral("left.tmp"));
+    {
+        VaultSession crashed(m_folder.path());
+        ASSERT_TRUE(crashed.open());
+        crashed.addRow(2);
+        crashed.database.close();
+        QFile::copy(crashed.vault.p_tmpFile(), left);
+    }
+    VaultSession resumed(m_folder.path());
+    resumed.vault.GetResumeTempFile(left);
+    EXPECT_EQ(resumed.vault.p_tmpFile(), left);
+    ASSERT_TRUE(resumed.connectUnder(resumed.keys.plain));
+    EXPECT_EQ(resumed.rows(), 2);
+    ASSERT_TRUE(resumed.seal());
+    EXPECT_FALSE(QFileInfo::exists(left));
+}
+
+TEST_F(SealedDatabaseTest, ASecondSessionIsRefusedAndTakesNothingAway) {
+    VaultSession session(m_folder.path());
+    ASSERT_TRUE(session.open());
+    VaultSession second(m_folder.path());
+    second.vault.GetResumeTempFile(session.vault.p_tmpFile());
+    EXPECT_FALSE(second.connectUnder(second.keys.plain));
+    EXPECT_EQ(second.message, kUnreadable);
+    EXPECT_EQ(second.vault.trouble(), SealedDatabase::Trouble::InUse);
+    EXPECT_TRUE(QFileInfo::exists(session.vault.p_tmpFile()));
+}
+
+TEST_F(SealedDatabaseTest, CompactionShrinksTheSamePathAndSurvivesAFailure) {
+    VaultSession session(m_folder.path());
+    ASSERT_TRUE(session.open());
+    {
+        Transaction transaction(session.database);
+        for (int i = 0; i < 300; ++i) {
+            session.addRow(i);
+        }
+        transaction.commit();
+    }
+    session.database.execute("DELETE FROM tb_SysLog WHERE lCount>9");
+    const QString path = session.vault.p_tmpFile();
+    const qint64 before = QFileInfo(path).size();
+    ASSERT_TRUE(session.vault.CompactDB(false));
+    EXPECT_EQ(session.vault.p_tmpFile(), path);
+    EXPECT_LT(QFileInfo(path).size(), before);
+    EXPECT_EQ(session.rows(), 11);
+    EXPECT_EQ(session.filesIn(session.stateFolder).size(), 1);
+
+    // The password of another scheme cannot open the source.
+    EXPECT_FALSE(session.vault.CompactDB(true));
+    EXPECT_TRUE(
+        session.prompt.takeTexts().value(0).contains(QStringLiteral("]cSystem.CompactDB:\r\n")));
+    EXPECT_EQ(session.filesIn(session.stateFolder).size(), 1);
+    ASSERT_TRUE(session.connectUnder(session.keys.plain));
+    EXPECT_EQ(session.rows(), 11);
+}
+
+TEST_F(SealedDatabaseTest, ReplacesAFileBehindALinkAndClearsInterruptedRuns) {
+    VaultSession session(m_folder.path());
+    const QString elsewhere = m_folder.filePath(QStringLiteral("elsewhere.kvdb"));
+    ASSERT_TRUE(QFile::rename(session.keys.file, elsewhere));
+    ASSERT_TRUE(QFile::link(elsewhere, session.keys.file));
+    putContent(m_folder.filePath(QStringLiteral(".elsewhere.kvdb.sealing-00")), "left");
+    ASSERT_TRUE(session.open());
+    session.addRow(2);
+    ASSERT_TRUE(session.seal());
+    EXPECT_TRUE(QFileInfo(session.keys.file).isSymLink());
+    EXPECT_NE(contentOf(elsewhere), m_sealed);
+    EXPECT_EQ(session.filesIn(m_folder.path()), QStringList(QStringLiteral("elsewhere.kvdb")));
+}
+
+TEST_F(SealedDatabaseTest, TheIndependentPasswordIsCheckedByItsDigest) {
+    VaultSession session(m_folder.path());
+    session.keys.idpHash = Cryptor2::hashString(QString());
+    EXPECT_TRUE(session.vault.IsIdpPwdNull());
+    session.keys.idpHash = Cryptor2::hashString(QStringLiteral("独立"));
+    EXPECT_FALSE(session.vault.IsIdpPwdNull());
+    EXPECT_TRUE(session.vault.CheckIdpPwd(QStringLiteral("独立")));
+    EXPECT_FALSE(session.vault.CheckIdpPwd(QStringLiteral("独立 ")));
+}
+
+}  // namespace
+}  // namespace keeper
