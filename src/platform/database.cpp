@@ -286,6 +286,8 @@ void Database::exportTo(const QString& target, const QString& password) {
             attach.bind(1, target).bind(2, password).run();
         }
         run(m_handle, cipherPragmas("target", m_options));
+        // A failed copy is deleted whole and a good one flushed once, so it needs no journal.
+        run(m_handle, "PRAGMA target.journal_mode=OFF;PRAGMA target.synchronous=OFF;");
         const std::int64_t applicationId = number(m_handle, "PRAGMA main.application_id");
         const std::int64_t userVersion = number(m_handle, "PRAGMA main.user_version");
         static_cast<void>(number(m_handle, "SELECT coalesce(sqlcipher_export('target'),0)"));

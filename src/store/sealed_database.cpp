@@ -231,7 +231,7 @@ bool SealedDatabase::unseal(const QString& key) {
         case UnsealResult::SystemFailed:
             m_origin = Origin::None;
             throw KeeperError(5, QStringLiteral("CryptKVDB"),
-                              QStringLiteral("解密未能完成，请检查磁盘空间和访问权限。"));
+                              QStringLiteral("解密未能完成。\r\n") + m_cipher.lastFailure());
     }
     m_origin = Origin::None;
     return false;

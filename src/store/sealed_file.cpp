@@ -9,7 +9,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QStorageInfo>
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -143,11 +142,9 @@ void sealFile(Cryptor3& cipher, const QString& source, const QString& target, co
     removeLeftovers(folder, head, QString());
     TemporaryFile fresh(makeFreshFile(folder, head, QString(), random));
     if (!cipher.EncryptFile(source, fresh.path(), key, /*deleteSource=*/false)) {
-        // The cipher does not tell why it failed.
-        const bool isFull = QStorageInfo(folder).bytesAvailable() <= QFileInfo(source).size();
-        throw KeeperError(5, QStringLiteral("sealFile"),
-                          isFull ? QStringLiteral("磁盘空间不足，加密未能完成，原文件保持不变。")
-                                 : QStringLiteral("加密未能完成，原文件保持不变。"));
+        throw KeeperError(
+            5, QStringLiteral("sealFile"),
+            QStringLiteral("加密未能完成，原文件保持不变。\r\n") + cipher.lastFailure());
     }
     if (!endsAsDatabase(cipher, fresh.path(), key)) {
         throw KeeperError(5, QStringLiteral("sealFile"),

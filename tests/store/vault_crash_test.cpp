@@ -1,0 +1,250 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Kills and failing disks. A plain run takes a sample; scripts/crash_campaign.sh takes everything.
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <random>
+
+#include "support/killed_child.h"
+#include "support/vault.h"
+#if defined(__x86_64__)
+#include "support/failing_system_call.h"
+#endif
+
+namespace keeper {
+namespace {
+
+const QString kOldKey = QStringLiteral("登录key-123");
+const QString kNewKey = QStringLiteral("second key");
+
+int setting(const char* name, int fallback) {
+    bool isNumber = false;
+    const int value = qEnvironmentVariableIntValue(name, &isNumber);
+    return isNumber ? value : fallback;
+}
+
+/// What the parent must know of a child that dies: rows whose writing was answered, and the path
+/// that the user's record would hold.
+struct Shared {
+    int acknowledged;
+    std::array<char, 512> activeFile;
+};
+
+class VaultCrashTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(m_folder.isValid());
+        m_shared = static_cast<Shared*>(::mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE,
+                                               MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+        VaultSession session(m_folder.path());
+        ASSERT_TRUE(session.build());
+        session.addRow(1);
+        ASSERT_TRUE(session.seal());
+        m_oldSealed = contentOf(session.keys.file);
+        ASSERT_TRUE(session.open());
+        session.addRow(2);
+        session.database.close();
+        m_working = contentOf(session.vault.p_tmpFile());
+        session.vault.DiscardWorkingCopy();
+    }
+    void TearDown() override { ::munmap(m_shared, sizeof(Shared)); }
+
+    QString left() const { return m_folder.filePath(QStringLiteral("state/left.tmp")); }
+    QString sealed() const { return m_folder.filePath(QStringLiteral("private/某人.kvdb")); }
+
+    /// The state of a session that was left with two rows in its working copy.
+    void restore() {
+        for (const char* name : {"state", "private"}) {
+            QDir folder(m_folder.filePath(QString::fromLatin1(name)));
+            for (const QString& file : folder.entryList(QDir::Files | QDir::Hidden)) {
+                folder.remove(file);
+            }
+        }
+        putContent(sealed(), m_oldSealed);
+        putContent(left(), m_working);
+        remember(left());
+        m_shared->acknowledged = 2;
+    }
+    void remember(const QString& path) const {
+        const QByteArray bytes = path.toUtf8();
+        std::snprintf(m_shared->activeFile.data(), m_shared->activeFile.size(), "%s",
+                      bytes.constData());
+    }
+    bool resume(VaultSession& session) {
+        session.vault.GetResumeTempFile(left());
+        return session.connectUnder(session.keys.plain);
+    }
+
+    /// What the next start finds; -1 when it finds nothing that opens.
+    int rowsFound() {
+        const QString active = QString::fromUtf8(m_shared->activeFile.data());
+        for (const QString& key : {kOldKey, kNewKey}) {
+            VaultSession session(m_folder.path());
+            session.keys.plain = key;
+            bool isOpen = false;
+            if (!active.isEmpty() && QFileInfo::exists(active)) {
+                session.vault.GetResumeTempFile(active);
+                isOpen = session.connectUnder(key);
+            } else {
+                isOpen = session.open();
+            }
+            if (isOpen) {
+                EXPECT_EQ(session.database.checkIntegrity(), QString());
+                return session.rows();
+            }
+        }
+        return -1;
+    }
+    void expectNothingInClear() {
+        for (const char* name : {"state", "private"}) {
+            const QDir folder(m_folder.filePath(QString::fromLatin1(name)));
+            for (const QString& file : folder.entryList(QDir::Files | QDir::Hidden)) {
+                const QByteArray content = contentOf(folder.filePath(file));
+                EXPECT_FALSE(content.contains("SQLite format"));
+                EXPECT_FALSE(content.contains(QStringLiteral("密文检查").toUtf8()));
+            }
+        }
+    }
+
+    void killAtEachCall(const std::function<bool(VaultSession&)>& operation) {
+        const int step = setting("KEEPER_CRASH_STEP", 23);
+        int call = 1;
+        for (bool killed = true; killed; call += step) {
+            restore();
+            killed = killedAtSystemCall(call, [&] {
+                VaultSession session(m_folder.path());
+                if (!resume(session)) {
+                    ::_exit(1);
+                }
+                session.addRow(3);
+                m_shared->acknowledged = 3;
+                if (!operation(session)) {
+                    ::_exit(1);
+                }
+            });
+            const int rows = rowsFound();
+            EXPECT_GE(rows, m_shared->acknowledged) << "killed at call " << call;
+            EXPECT_LE(rows, 3);
+            expectNothingInClear();
+            if (HasFailure()) {
+                return;
+            }
+        }
+        EXPECT_GT(call, 2 * step);
+        RecordProperty("calls", call);
+    }
+
+    QTemporaryDir m_folder;
+    QByteArray m_oldSealed;
+    QByteArray m_working;
+    Shared* m_shared = nullptr;
+};
+
+TEST_F(VaultCrashTest, AKillDuringSealingLosesNothing) {
+    killAtEachCall([](VaultSession& session) { return session.seal(); });
+}
+
+TEST_F(VaultCrashTest, AKillDuringRekeyingLosesNothing) {
+    killAtEachCall([](VaultSession& session) { return session.vault.SetLgnKey(false, kNewKey); });
+}
+
+TEST_F(VaultCrashTest, AKillDuringCompactionLosesNothing) {
+    killAtEachCall([](VaultSession& session) { return session.vault.CompactDB(false); });
+}
+
+TEST_F(VaultCrashTest, AKillAtARandomMomentLosesNothing) {
+    const int moments = setting("KEEPER_CRASH_MOMENTS", 10);
+    std::mt19937 generator(static_cast<unsigned>(setting("KEEPER_CRASH_SEED", 1)));
+    std::uniform_int_distribution<int> microseconds(1'000, 400'000);
+    for (int i = 0; i < moments && !HasFailure(); ++i) {
+        restore();
+        const int moment = microseconds(generator);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            // Nobody handles the alarm, so it ends the child as abruptly as a kill.
+            const itimerval alarm{.it_interval = {}, .it_value = {.tv_sec = 0, .tv_usec = moment}};
+            ::setitimer(ITIMER_REAL, &alarm, nullptr);
+            VaultSession session(m_folder.path());
+            bool isOpen = resume(session);
+            for (int round = 0; isOpen; ++round) {
+                session.addRow(m_shared->acknowledged + 1);
+                ++m_shared->acknowledged;
+                isOpen = session.vault.SetLgnKey(false, round % 2 == 0 ? kNewKey : kOldKey) &&
+                         session.vault.CompactDB(false) && session.seal() && session.open();
+                remember(session.vault.p_tmpFile());
+            }
+            ::_exit(1);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM) << "it failed by itself";
+        const int rows = rowsFound();
+        EXPECT_GE(rows, m_shared->acknowledged) << "moment " << i;
+        EXPECT_LE(rows, m_shared->acknowledged + 1) << "moment " << i;
+        expectNothingInClear();
+    }
+}
+
+#if defined(__x86_64__)
+
+TEST_F(VaultCrashTest, AFailingDiskLeavesTheOldSealedFileAsItWas) {
+    const int step = setting("KEEPER_CRASH_STEP", 23) > 1 ? 3 : 1;
+    for (const int error : {ENOSPC, EIO, EROFS, EDQUOT}) {
+        int refused = 0;
+        int replaced = 0;
+        for (int call = 1;; call += step) {
+            restore();
+            const int answer = answerWhenCallFails(call, error, [&] {
+                VaultSession session(m_folder.path());
+                return resume(session) && session.seal();
+            });
+            if (answer == -1) {
+                break;
+            }
+            const QString at = QStringLiteral("error %1 at call %2").arg(error).arg(call);
+            if (answer == 0) {
+                ++refused;
+                EXPECT_TRUE(QFileInfo::exists(left())) << at.toStdString();
+                replaced += contentOf(sealed()) == m_oldSealed ? 0 : 1;
+                VaultSession session(m_folder.path());
+                EXPECT_EQ(session.filesIn(m_folder.filePath(QStringLiteral("private"))).size(), 1);
+            }
+            EXPECT_EQ(rowsFound(), 2) << at.toStdString();
+            if (HasFailure()) {
+                return;
+            }
+        }
+        EXPECT_GT(refused, 0);
+        EXPECT_LE(replaced, 1) << "only the flush of the folder comes after the replacement";
+    }
+}
+
+#endif
+
+TEST_F(VaultCrashTest, AFolderThatCannotBeWrittenIsToldAndChangesNothing) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "the rights of a folder do not bind root";
+    }
+    restore();
+    const QString folder = m_folder.filePath(QStringLiteral("private"));
+    QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner);
+    VaultSession session(m_folder.path());
+    ASSERT_TRUE(resume(session));
+    EXPECT_FALSE(session.seal());
+    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    EXPECT_TRUE(session.prompt.takeTexts().value(0).contains(QStringLiteral("拒绝访问")));
+    EXPECT_EQ(contentOf(sealed()), m_oldSealed);
+    EXPECT_EQ(rowsFound(), 2);
+}
+
+}  // namespace
+}  // namespace keeper
