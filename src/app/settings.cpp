@@ -7,6 +7,7 @@
 #include <string>
 
 #include "app/private_folder.h"
+#include "crypto/cryptor2.h"
 #include "store/failure.h"
 
 namespace keeper {
@@ -182,6 +183,10 @@ void Settings::SetAuthority(int value, int index) {
     const auto bits = static_cast<std::uint32_t>(p_Authorities());
     // Clearing takes the sign bit along, which is out of use.
     p_Authorities(static_cast<std::int32_t>(value == 1 ? bits | bit : bits & (0x7FFFFFFFU - bit)));
+}
+
+void Settings::SetHashIdpPwd(const QString& password) {
+    m_rows.texts.row(3) = Cryptor2::hashString(password);
 }
 
 void Settings::p_lgnKeyTip(const QString& value) {

@@ -52,6 +52,9 @@ class Settings {
     /// 1 sets the bit, anything else clears it. An index outside 0 to 30 changes nothing.
     void SetAuthority(int value, int index);
 
+    /// Keeps the digest of a new independent password; the empty one switches it off.
+    void SetHashIdpPwd(const QString& password);
+
     /// Called with each new hint of the login key, for the record of the user.
     std::function<void(const QString&)> onLgnKeyTip;
 

@@ -1,0 +1,265 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "app/user.h"
+
+#include <algorithm>
+#include <span>
+
+#include "app/private_folder.h"
+#include "app/users.h"
+#include "crypto/code_page.h"
+#include "crypto/cryptor2.h"
+#include "crypto/cryptor3.h"
+#include "crypto/cryptor4.h"
+#include "crypto/secure_wipe.h"
+#include "store/failure.h"
+
+namespace keeper {
+namespace {
+
+constexpr auto machine = Regedit::Root::LocalMachine;
+constexpr std::int16_t passwordLength = 32;
+/// Numbers of key pairs that a record may be written under.
+constexpr std::uint32_t recordPairs = 49;
+constexpr std::int16_t keyPairs = 50;
+/// The one pair of all hashes of login keys.
+constexpr std::int16_t hashPair = 17;
+
+bool sameAnsi(const QString& one, const QString& other) {
+    auto a = ansiBytes(one);
+    auto b = ansiBytes(other);
+    const WipeGuard wipeA(a);
+    const WipeGuard wipeB(b);
+    return a == b;
+}
+
+QString recordKey(const QString& userName) {
+    return UserKeyPrefix() + Users::GetHashUserTitle(userName);
+}
+
+/// A record that does not open makes its user unknown, without a word. Texts this short need no
+/// turn of the event loop.
+class SilentHost final : public CryptorHost {
+  public:
+    void showMessage(Severity /*severity*/, const QString& /*text*/) override {}
+    void turnEventLoop() override {}
+};
+
+/// Texts under random passwords, which are themselves hidden by one of the numbered key pairs.
+class Envelope {
+  public:
+    explicit Envelope(Random& random)
+        : m_cipher(m_host),
+          m_codec(m_host, [&random](std::span<std::uint8_t> bytes) { random.fill(bytes); }) {}
+
+    struct Sealed {
+        QString text;
+        QString password;
+    };
+
+    /// `pairFor` names the key pair for a ciphertext. A password that would not lead back to the
+    /// text's ANSI bytes is drawn again. The text must hold no NUL.
+    template <typename PairFor>
+    Sealed seal(const QString& text, PairFor pairFor) {
+        constexpr int attempts = 16;
+        for (int i = 0; i < attempts; ++i) {
+            QString password = m_codec.RanPwd4PGP(passwordLength, passwordLength);
+            const WipeGuard wipePassword(password);
+            Sealed sealed;
+            sealed.text = m_cipher.EncryptString(text, password);
+            const std::int16_t pair = pairFor(sealed.text);
+            sealed.password = encode(password, pair);
+            QString again = open(sealed, pair);
+            const WipeGuard wipeAgain(again);
+            if (sameAnsi(again, text)) {
+                return sealed;
+            }
+        }
+        throw KeeperError(5, QStringLiteral("User"), QStringLiteral("加密用户记录失败。"));
+    }
+
+    [[nodiscard]] QString open(const Sealed& sealed, std::int16_t pair) {
+        QString password = decode(sealed.password, pair);
+        const WipeGuard wipe(password);
+        return m_cipher.DecryptString(sealed.text, password);
+    }
+
+    [[nodiscard]] QString encode(const QString& text, std::int16_t pair) {
+        const auto key = keyOf(pair);
+        return m_codec.Encode(text, key.at(0), key.at(2));
+    }
+
+    [[nodiscard]] QString decode(const QString& text, std::int16_t pair) {
+        const auto key = keyOf(pair);
+        return m_codec.Decode(text, key.at(1), key.at(2));
+    }
+
+  private:
+    static Cryptor4::Key keyOf(std::int16_t pair) {
+        Cryptor4::Key key{};
+        Cryptor4::GetPGPKey(pair, key);
+        return key;
+    }
+
+    SilentHost m_host;
+    Cryptor3 m_cipher;
+    Cryptor4 m_codec;
+};
+
+std::int16_t keyPairFor(const QString& partA) {
+    return static_cast<std::int16_t>(partA.size() % keyPairs);
+}
+
+}  // namespace
+
+User::~User() {
+    for (QString* part :
+         {&m_record.keyPartA, &m_record.keyPartB, &m_sessionPartA, &m_sessionPartB}) {
+        secureWipe(*part);
+    }
+}
+
+bool User::ReadRegistry(const QString& name) {
+    Regedit& regedit = m_services.regedit;
+    if (!regedit.openKey(machine, recordKey(name))) {
+        return false;
+    }
+    const QString hash = regedit.getString(QStringLiteral("0"));
+    bool isNumber = false;
+    const auto pair =
+        static_cast<std::int16_t>(regedit.getString(QStringLiteral("1")).toShort(&isNumber));
+    const Envelope::Sealed sealed{regedit.getString(QStringLiteral("3")),
+                                  regedit.getString(QStringLiteral("2"))};
+    regedit.closeKey();
+
+    Envelope envelope(m_services.random);
+    m_hashLgnKey = envelope.decode(hash, hashPair);
+    if (!isNumber || pair < 0 || pair >= static_cast<std::int16_t>(recordPairs)) {
+        return false;
+    }
+    QString text = envelope.open(sealed, pair);
+    const WipeGuard wipe(text);
+    auto record = UserRecord::fromText(text);
+    if (!record) {
+        return false;
+    }
+    m_record = std::move(*record);
+    p_privateFolder(QString(m_record.privateFolder));
+    m_sessionPartA = m_record.keyPartA;
+    m_sessionPartB = m_record.keyPartB;
+    try {
+        m_startupWithOS = m_services.autostart.contains(Users::GetHashUserTitle(p_userName()));
+    } catch (const std::exception&) {
+        m_startupWithOS = false;
+    }
+    return true;
+}
+
+bool User::WriteRegistry() {
+    if (p_userName().isEmpty()) {
+        return false;
+    }
+    QString text = m_record.toText();
+    const WipeGuard wipe(text);
+    try {
+        const auto pair = static_cast<std::int16_t>(m_services.random.below(recordPairs));
+        Envelope envelope(m_services.random);
+        const auto sealed = envelope.seal(text, [pair](const QString&) { return pair; });
+        return writeValues(envelope.encode(m_hashLgnKey, hashPair), QString::number(pair),
+                           sealed.password, sealed.text);
+    } catch (const std::exception&) {  // no random numbers: nothing was written
+        return false;
+    }
+}
+
+bool User::writeValues(const QString& hash, const QString& pair, const QString& password,
+                       const QString& text) {
+    // The four only make sense together: a password of one write does not open the text of another.
+    Regedit& regedit = m_services.regedit;
+    const bool written = regedit.atomically([&] {
+        return regedit.createKey(machine, recordKey(p_userName())) &&
+               regedit.setString(QStringLiteral("0"), hash) &&
+               regedit.setString(QStringLiteral("1"), pair) &&
+               regedit.setString(QStringLiteral("2"), password) &&
+               regedit.setString(QStringLiteral("3"), text);
+    });
+    regedit.closeKey();
+    return written;
+}
+
+int User::p_remainedTimes() const {
+    return std::max(0, p_lgnKeyChances0() - p_usedTimes());
+}
+
+bool User::p_remLgnKey() const {
+    return !m_record.keyPartA.isEmpty() && !m_record.keyPartB.isEmpty();
+}
+
+void User::p_remLgnKey(bool value) {
+    m_record.keyPartA = value ? m_sessionPartA : QString();
+    m_record.keyPartB = value ? m_sessionPartB : QString();
+}
+
+void User::p_privateFolder(const QString& value) {
+    m_record.privateFolder = value;
+    while (m_record.privateFolder.size() > 1 && m_record.privateFolder.endsWith(u'/')) {
+        m_record.privateFolder.chop(1);
+    }
+}
+
+QString User::p_userName() const {
+    return privatefolder::userNameOf(p_privateFolder());
+}
+
+QString User::p_kvdbFile() const {
+    return privatefolder::databaseOf(p_privateFolder());
+}
+
+QString User::p_plainLgnKey() const {
+    if (m_sessionPartA.isEmpty() || m_sessionPartB.isEmpty()) {
+        return {};
+    }
+    return Envelope(m_services.random)
+        .open({m_sessionPartA, m_sessionPartB}, keyPairFor(m_sessionPartA));
+}
+
+void User::p_plainLgnKey(const QString& value) {
+    const bool remembers = p_remLgnKey();
+    auto sealed = Envelope(m_services.random).seal(value, keyPairFor);
+    m_sessionPartA = sealed.text;
+    m_sessionPartB = sealed.password;
+    m_hashLgnKey = Cryptor2::hashString(value);
+    // A remembered key that no longer opens anything would count as an attack at the next login.
+    p_remLgnKey(remembers);
+}
+
+bool User::CheckLgnKey(const QString& key) const {
+    return Cryptor2::hashString(key) == m_hashLgnKey;
+}
+
+void User::p_startupWithOS(bool value) {
+    const QString id = Users::GetHashUserTitle(p_userName());
+    guardedRun(
+        m_services.prompt, QStringLiteral("cUser.p_startupWithOS"),
+        [&] {
+            if (value) {
+                m_services.autostart.add(id, privatefolder::prefix() + p_userName(), p_kvdbFile());
+            } else {
+                m_services.autostart.remove(id);
+            }
+            m_startupWithOS = value;
+        },
+        Prompt::Icon::Exclamation);
+}
+
+void User::Clear() {
+    m_record.privateFolder.clear();
+    p_remLgnKey(false);
+    m_record.autoLogin = false;
+    m_hashLgnKey.clear();
+    m_sessionPartA.clear();
+    m_sessionPartB.clear();
+}
+
+}  // namespace keeper

@@ -1,0 +1,110 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <cstdint>
+
+#include "app/regedit.h"
+#include "app/user_record.h"
+#include "platform/autostart.h"
+#include "platform/clock.h"
+#include "platform/prompt.h"
+#include "platform/random.h"
+
+namespace keeper {
+
+/// What the records of users need of the rest of the program.
+struct UserServices {
+    Regedit& regedit;
+    Autostart& autostart;
+    Random& random;
+    Prompt& prompt;
+};
+
+/// One user of this machine: what must be known before the user's database is open. The record is
+/// of this machine, it does not travel with the database.
+class User {
+  public:
+    explicit User(const UserServices& services) : m_services(services) {}
+    ~User();
+    User(const User&) = delete;
+    User& operator=(const User&) = delete;
+
+    /// False, and nothing changed except perhaps the hash, when the user is unknown to this
+    /// machine or the record cannot be read.
+    bool ReadRegistry(const QString& name);
+    /// Writes the record under a fresh password and key pair. False when nothing was written.
+    /// REQUIRES: a private folder with a user's name.
+    bool WriteRegistry();
+
+    /// When the 24-hour ban was triggered; invalid when no ban stands.
+    [[nodiscard]] const QDateTime& p_attackTime() const { return m_record.attackTime; }
+    void p_attackTime(const QDateTime& value) { m_record.attackTime = value; }
+    /// Login attempts allowed, as of the last login.
+    [[nodiscard]] std::int16_t p_lgnKeyChances0() const { return m_record.lgnKeyChances0; }
+    void p_lgnKeyChances0(std::int16_t value) { m_record.lgnKeyChances0 = value; }
+    /// Failed attempts since the last good login.
+    [[nodiscard]] std::int16_t p_usedTimes() const { return m_record.usedTimes; }
+    void p_usedTimes(std::int16_t value) { m_record.usedTimes = value; }
+    /// Attempts left, never below 0.
+    [[nodiscard]] int p_remainedTimes() const;
+    [[nodiscard]] bool p_fingerprint() const { return m_record.fingerprint; }
+    void p_fingerprint(bool value) { m_record.fingerprint = value; }
+    [[nodiscard]] bool p_hideDBPath() const { return m_record.hideDBPath; }
+    void p_hideDBPath(bool value) { m_record.hideDBPath = value; }
+    /// Whether the record holds the login key. True takes over the key that p_plainLgnKey() holds
+    /// (and stays false without one); false forgets it for the record, while a session that runs
+    /// under it goes on.
+    [[nodiscard]] bool p_remLgnKey() const;
+    void p_remLgnKey(bool value);
+    /// Hint of the login key.
+    [[nodiscard]] const QString& p_lgnKeyTip() const { return m_record.lgnKeyTip; }
+    void p_lgnKeyTip(const QString& value) { m_record.lgnKeyTip = value; }
+    /// SHA-1 of the login key; empty for a database that this machine has not seen.
+    [[nodiscard]] const QString& p_hashLgnKey() const { return m_hashLgnKey; }
+    void p_hashLgnKey(const QString& value) { m_hashLgnKey = value; }
+    /// Full path without a slash at the end.
+    [[nodiscard]] const QString& p_privateFolder() const { return m_record.privateFolder; }
+    void p_privateFolder(const QString& value);
+    /// By the name of the private folder; empty when that is none.
+    [[nodiscard]] QString p_userName() const;
+    [[nodiscard]] QString p_kvdbFile() const;
+    [[nodiscard]] bool p_autoLogin() const { return m_record.autoLogin; }
+    void p_autoLogin(bool value) { m_record.autoLogin = value; }
+    /// The login key, which is held enciphered only. The caller wipes the copy. A new key renews
+    /// p_hashLgnKey(), and the remembered key when there is one.
+    [[nodiscard]] QString p_plainLgnKey() const;
+    void p_plainLgnKey(const QString& value);
+    [[nodiscard]] bool CheckLgnKey(const QString& key) const;
+    /// Login time, or exit time after a clean exit.
+    [[nodiscard]] const QDateTime& p_activeTime() const { return m_record.activeTime; }
+    void p_activeTime(const QDateTime& value) { m_record.activeTime = value; }
+    /// Working copy of the running session; empty after a clean exit.
+    [[nodiscard]] const QString& p_activeFile() const { return m_record.activeFile; }
+    void p_activeFile(const QString& value) { m_record.activeFile = value; }
+    /// Whether the desktop session starts the program with this user's database. Set at once; a
+    /// failure is shown.
+    [[nodiscard]] bool p_startupWithOS() const { return m_startupWithOS; }
+    void p_startupWithOS(bool value);
+    /// Makes ready for a new record.
+    void Clear();
+    /// Background picture on the login form.
+    [[nodiscard]] bool p_themeBackground() const { return m_record.themeBackground; }
+    void p_themeBackground(bool value) { m_record.themeBackground = value; }
+
+  private:
+    bool writeValues(const QString& hash, const QString& pair, const QString& password,
+                     const QString& text);
+
+    UserServices m_services;
+    UserRecord m_record;  ///< its key parts are the remembered key
+    QString m_hashLgnKey;
+    QString m_sessionPartA;  ///< the key of the session, in the same form
+    QString m_sessionPartB;
+    bool m_startupWithOS = false;
+};
+
+}  // namespace keeper

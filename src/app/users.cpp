@@ -1,0 +1,128 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "app/users.h"
+
+#include "crypto/code_page.h"
+#include "crypto/cryptor1.h"
+
+namespace keeper {
+namespace {
+
+constexpr auto machine = Regedit::Root::LocalMachine;
+
+QString listKey() {
+    return QStringLiteral("SOFTWARE\\Tarnvalle\\Morvane Keeper\\Users");
+}
+
+}  // namespace
+
+QString UserKeyPrefix() {
+    return QStringLiteral("SOFTWARE\\Tarnvalle\\Morvane Keeper\\Records\\");
+}
+
+Users::Users(const UserServices& services, EventLoop& eventLoop)
+    : m_services(services), m_eventLoop(eventLoop) {}
+
+void Users::InitUsers() {
+    m_users.clear();
+    m_defaultUserName.clear();
+    Regedit& regedit = m_services.regedit;
+    if (!regedit.openKey(machine, listKey())) {
+        return;
+    }
+    m_defaultUserName = regedit.getString(QString());
+    const QStringList listed = regedit.getEnumString();
+    regedit.closeKey();
+    for (const QString& name : listed) {
+        if (!name.isEmpty()) {
+            const auto user = makeUser();
+            if (user->ReadRegistry(name)) {
+                m_users.insert_or_assign(name, user);
+            }
+            m_eventLoop.turn();
+        }
+    }
+}
+
+bool Users::DeleteUser(const QString& name) {
+    Regedit& regedit = m_services.regedit;
+    const bool forgotten = regedit.atomically([&] {
+        if (!regedit.deleteKey(machine, UserKeyPrefix() + GetHashUserTitle(name)) ||
+            !regedit.createKey(machine, listKey())) {
+            return false;
+        }
+        const bool isDefault = regedit.getString(QString()) == name;
+        return (!isDefault || regedit.setString(QString(), QString())) && regedit.deleteValue(name);
+    });
+    regedit.closeKey();
+    try {
+        m_services.autostart.remove(GetHashUserTitle(name));
+        return forgotten;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+QString Users::GetHashUserTitle(const QString& name) {
+    // A digest sees ANSI bytes: names that differ only in what the code page lacks must not share
+    // one record.
+    QString exact;
+    for (const QChar unit : name) {
+        exact += ansiText(ansiBytes(QStringView(&unit, 1))) == unit
+                     ? QString(unit)
+                     : QStringLiteral("\\u%1").arg(unit.unicode(), 4, 16, QLatin1Char('0'));
+    }
+    return Cryptor1::hashString(QString(QStringLiteral("QEV#") + exact));
+}
+
+bool Users::AddUserAsDefault(const QString& name) {
+    if (name.isEmpty()) {
+        return false;
+    }
+    Regedit& regedit = m_services.regedit;
+    const bool added = regedit.atomically([&] {
+        return regedit.createKey(machine, listKey()) && regedit.setString(QString(), name) &&
+               regedit.setString(name, QString());
+    });
+    regedit.closeKey();
+    if (added) {
+        m_defaultUserName = name;
+    }
+    return added;
+}
+
+bool Users::Exists(const QString& name) const {
+    return m_users.contains(name);
+}
+
+std::shared_ptr<User> Users::GetUser(const QString& name) const {
+    const auto found = m_users.find(name);
+    return found == m_users.end() ? nullptr : found->second;
+}
+
+void Users::AddNewUser(const std::shared_ptr<User>& user) {
+    m_users.insert_or_assign(user->p_userName(), user);
+}
+
+void Users::RemoveUser(const std::shared_ptr<User>& user) {
+    const QString name = user->p_userName();
+    if (m_defaultUserName == name) {
+        m_defaultUserName.clear();
+    }
+    m_users.erase(name);
+}
+
+QStringList Users::names() const {
+    QStringList all;
+    for (const auto& [name, user] : m_users) {
+        all.append(name);
+    }
+    return all;
+}
+
+std::shared_ptr<User> Users::makeUser() const {
+    return std::make_shared<User>(m_services);
+}
+
+}  // namespace keeper
