@@ -1,0 +1,125 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "guard/store_upgrades.h"
+
+#include "app/settings.h"
+#include "crypto/cryptor3.h"
+#include "guard/guard_fixture.h"
+#include "store/column_cipher.h"
+#include "store/companions.h"
+#include "store/cryptor_host_adapter.h"
+#include "store/entries.h"
+#include "store/store_context.h"
+
+namespace keeper {
+namespace {
+
+class NoColumnKey final : public ColumnKey {
+  public:
+    [[nodiscard]] bool p_idpPwdSwitch() const override { return false; }
+    [[nodiscard]] QString p_plainIdpPwd() const override { return {}; }
+};
+
+/// The guard joined to the classes that own the tables.
+class StoreUpgradesTest : public GuardTest {
+  protected:
+    void SetUp() override {
+        GuardTest::SetUp();
+        ASSERT_TRUE(settings.NewBuild(QStringLiteral("某人")));
+        settings.p_backupPeriod(true);
+        settings.p_backupType(true);
+        settings.p_deadCountType(false);
+        ASSERT_TRUE(settings.WriteDB(false));
+    }
+    void addProgram(const QString& location) {
+        database.execute(
+            "insert into tb_Entry(dirPath,entNo,Title,pwdName,usedTimes,Effective,Bookmark,"
+            "modPwdDays) values('02','09','t','自定义',0,1,0,0)");
+        Statement row(database,
+                      "insert into tb_Net(dirPath,entNo,numName,Location) "
+                      "values('02','09','自定义',?)");
+        row.bind(1, location).run();
+    }
+    QString location() {
+        Statement row(database, "select Location from tb_Net where dirPath='02' and entNo='09'");
+        EXPECT_TRUE(row.step());
+        return row.text(0);
+    }
+    /// A login to a database of an older version.
+    GuardVerdict upgradeFrom(const QString& version) {
+        SWProtect older({database, clock, random, prompt, *osInfo, storeUpgrades}, version);
+        EXPECT_TRUE(older.ReadDB());
+        EXPECT_TRUE(older.SetDBVersionAsApp());
+        return examine();
+    }
+    GuardVerdict examine() {
+        SWProtect program({database, clock, random, prompt, *osInfo, storeUpgrades},
+                          QStringLiteral("3.4.0"));
+        EXPECT_TRUE(program.ReadDB());
+        return program.ExamineDBVersion();
+    }
+    bool storedDeadCountType() {
+        Settings fresh(database, prompt, clock);
+        QString message;
+        EXPECT_TRUE(fresh.ReadDB(message));
+        return fresh.p_deadCountType();
+    }
+
+    Settings settings{database, prompt, clock};
+
+  private:
+    FakeEventLoop m_eventLoop;
+    PromptCryptorHost m_host{prompt, m_eventLoop};
+    Cryptor3 m_cryptor{m_host};
+    NoColumnKey m_columnKey;
+    ColumnCipher m_columns{m_columnKey, m_cryptor};
+    StoreContext m_context{database, prompt, clock, m_columns};
+    Entries m_entries{m_context};
+    Prgs m_programs{m_context, m_entries};
+
+  protected:
+    StoreUpgrades storeUpgrades{m_entries, m_programs, settings};
+};
+
+TEST_F(StoreUpgradesTest, EachVersionRunsItsOwnMigration) {
+    addProgram(QStringLiteral("MORV - Programs/a.exe"));
+    EXPECT_TRUE(upgradeFrom(QStringLiteral("3.2.1")).ok);
+    EXPECT_EQ(location(), QStringLiteral("MORV_Programs/a.exe"));
+    EXPECT_TRUE(upgradeFrom(QStringLiteral("3.2.2")).ok);
+    EXPECT_EQ(location(), QStringLiteral("MORV_Programs(x86)/a.exe"));
+    database.execute("update tb_Net set Location='MORV_Programs(x64)/a.exe'");
+    EXPECT_TRUE(upgradeFrom(QStringLiteral("3.2.6")).ok);
+    EXPECT_EQ(location(), QStringLiteral("MORV_Programs/a.exe"));
+    EXPECT_FALSE(storedDeadCountType());
+}
+
+TEST_F(StoreUpgradesTest, SettingsAreTurnedOnceAndStoredWithTheStamp) {
+    EXPECT_EQ(upgradeFrom(QStringLiteral("3.2.5")).message,
+              QStringLiteral("您的数据库版本已升级为v3.2.6！"));
+    EXPECT_TRUE(storedDeadCountType());
+    EXPECT_FALSE(settings.p_backupPeriod());
+    EXPECT_EQ(field("02"), QStringLiteral("3.4.0"));
+    // The caller's own stamp never came: nothing is turned back.
+    EXPECT_EQ(examine().message, QString());
+    EXPECT_TRUE(storedDeadCountType());
+}
+
+TEST_F(StoreUpgradesTest, AStampThatFailsTakesTheMigrationBack) {
+    SWProtect older({database, clock, random, prompt, *osInfo, storeUpgrades},
+                    QStringLiteral("3.2.4"));
+    ASSERT_TRUE(older.ReadDB());
+    ASSERT_TRUE(older.SetDBVersionAsApp());
+    database.execute(
+        "create trigger stop before update on tb_SWProtect begin select raise(abort, 'no'); end");
+    const GuardVerdict verdict = examine();
+    EXPECT_TRUE(verdict.ok);
+    EXPECT_EQ(verdict.message, QString());
+    EXPECT_EQ(prompt.takeTexts().last(), QStringLiteral("升级数据库失败！"));
+    EXPECT_FALSE(storedDeadCountType());
+    EXPECT_FALSE(settings.p_deadCountType());
+    EXPECT_TRUE(settings.p_backupPeriod());
+}
+
+}  // namespace
+}  // namespace keeper
