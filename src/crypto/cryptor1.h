@@ -11,7 +11,7 @@
 
 namespace keeper {
 
-class FileReader;
+class PosixFile;
 
 /// MD5 (RFC 1321) of texts, and of files by a rule of its own.
 ///
@@ -42,7 +42,7 @@ class Cryptor1 {
     std::function<void(float percent)> DisplayProgress;
 
   private:
-    [[nodiscard]] QString digestOf(FileReader& file);
+    [[nodiscard]] QString digestOf(PosixFile& file);
     void raiseProgress(float percent);
 
     CryptorHost& m_host;

@@ -3,13 +3,14 @@
 
 #include "crypto/cryptor2.h"
 
+#include <algorithm>
 #include <bit>
 #include <exception>
 #include <vector>
 
 #include "crypto/code_page.h"
 #include "crypto/digest_blocks.h"
-#include "crypto/file_reader.h"
+#include "crypto/posix_file.h"
 #include "crypto/secure_wipe.h"
 #include "crypto/sha1.h"
 
@@ -58,20 +59,19 @@ QString Cryptor2::hashFile(const QString& path) {
     m_busy.m_isSet = true;
     QString digest;
     try {
-        FileReader file(path);
+        PosixFile file = PosixFile::openSource(path);
         std::vector<std::uint8_t> buffer(kBuffer);
         const WipeGuard wipe(buffer);
         Sha1State state = kSha1Start;
-        std::uint64_t total = 0;
-        std::span<const std::uint8_t> piece;
         std::span<const std::uint8_t> tail;
-        // Only the last read is short, so that only it leaves a tail.
-        do {
-            piece = std::span(buffer).first(file.read(buffer));
-            total += piece.size();
+        for (std::int64_t left = file.size(); left > 0;) {
+            const auto piece = std::span(buffer).first(
+                static_cast<std::size_t>(std::min<std::int64_t>(left, kBuffer)));
+            file.read(piece);
             tail = absorb(state, piece);
-        } while (piece.size() == buffer.size());
-        digest = finish(state, tail, total);
+            left -= static_cast<std::int64_t>(piece.size());
+        }
+        digest = finish(state, tail, static_cast<std::uint64_t>(file.size()));
     } catch (const std::exception&) {
         digest.clear();
     }

@@ -8,6 +8,7 @@
 
 #include <QFile>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <utility>
@@ -39,6 +40,8 @@ namespace {
             raise(PosixFile::PathNotFound, QStringLiteral("路径未找到。"));
         case EISDIR:
             raise(PosixFile::NotAFile, QStringLiteral("路径不是普通文件。"));
+        case EEXIST:
+            raise(PosixFile::AlreadyExists, QStringLiteral("文件已存在。"));
         case ENOSPC:
         case EDQUOT:
         case EFBIG:
@@ -92,6 +95,20 @@ PosixFile PosixFile::openTarget(const QString& path, mode_t mode) {
     return {path, O_WRONLY | O_CREAT, mode, PathNotFound};
 }
 
+PosixFile PosixFile::createBeside(const QString& target, QString& path) {
+    struct stat status {};
+    if (::stat(QFile::encodeName(target).constData(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        raise(NotAFile, QStringLiteral("路径不是普通文件。"));
+    }
+    const QString folder = target.left(target.lastIndexOf(QLatin1Char('/')) + 1);
+    QByteArray name = QFile::encodeName(folder) + ".morvane-XXXXXX";
+    PosixFile file;
+    file.m_descriptor = uninterrupted([&] { return ::mkostemp(name.data(), O_CLOEXEC); });
+    path = QFile::decodeName(name);
+    uninterrupted([&] { return ::fstat(file.m_descriptor, &file.m_status); });
+    return file;
+}
+
 PosixFile::~PosixFile() {
     abandon();
 }
@@ -113,6 +130,12 @@ PosixFile& PosixFile::operator=(PosixFile&& other) noexcept {
 
 bool PosixFile::isSameFileAs(const PosixFile& other) const {
     return m_status.st_dev == other.m_status.st_dev && m_status.st_ino == other.m_status.st_ino;
+}
+
+bool PosixFile::isAt(const QString& path) const {
+    struct stat status {};
+    return ::stat(QFile::encodeName(path).constData(), &status) == 0 &&
+           status.st_dev == m_status.st_dev && status.st_ino == m_status.st_ino;
 }
 
 void PosixFile::read(std::span<std::uint8_t> bytes) {
@@ -194,6 +217,32 @@ void PosixFile::flushToDisk(const QString& path) {
 
 void PosixFile::deleteFile(const QString& path) {
     uninterrupted([&] { return ::unlink(QFile::encodeName(path).constData()); });
+}
+
+void PosixFile::moveFile(const QString& from, const QString& to, bool keepExisting) {
+    const QByteArray source = QFile::encodeName(from);
+    const QByteArray target = QFile::encodeName(to);
+    if (!keepExisting) {
+        uninterrupted([&] { return ::rename(source.constData(), target.constData()); });
+        return;
+    }
+    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) ==
+        0) {
+        return;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        raiseSystemError(errno, PathNotFound);
+    }
+    // Network file systems do not know that call: a second name never replaces one either.
+    uninterrupted([&] { return ::link(source.constData(), target.constData()); });
+    ::unlink(source.constData());
+}
+
+void PosixFile::setPermissions(const QString& path, mode_t mode) {
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    uninterrupted(
+        [&] { return ::chmod(QFile::encodeName(path).constData(), mode & 0777U & ~mask); });
 }
 
 }  // namespace keeper

@@ -18,6 +18,7 @@ class PosixFile {
     enum Failure : std::int32_t {
         FileNotFound = 53,
         DeviceError = 57,
+        AlreadyExists = 58,
         DiskFull = 61,
         PastTheEnd = 62,
         AccessRefused = 70,
@@ -30,6 +31,9 @@ class PosixFile {
     /// A file for writing from its start. What it holds already is not cut off. A new one gets the
     /// permissions `mode`, less the process's mask.
     [[nodiscard]] static PosixFile openTarget(const QString& path, mode_t mode);
+    /// A new file for its owner alone, in the folder of `target`; `path` becomes its path. Fails
+    /// with NotAFile where a folder or a device stands at `target`.
+    [[nodiscard]] static PosixFile createBeside(const QString& target, QString& path);
 
     PosixFile() = default;
     ~PosixFile();
@@ -41,6 +45,7 @@ class PosixFile {
     [[nodiscard]] mode_t mode() const { return m_status.st_mode; }
     /// Also true through links.
     [[nodiscard]] bool isSameFileAs(const PosixFile& other) const;
+    [[nodiscard]] bool isAt(const QString& path) const;
 
     /// Fills `bytes` or fails with PastTheEnd.
     void read(std::span<std::uint8_t> bytes);
@@ -64,6 +69,10 @@ class PosixFile {
     /// Contents and name of the file survive a power cut when this has returned.
     static void flushToDisk(const QString& path);
     static void deleteFile(const QString& path);
+    /// In one step. With `keepExisting` a file that stands at `to` is AlreadyExists.
+    static void moveFile(const QString& from, const QString& to, bool keepExisting);
+    /// Permissions `mode`, less the process's mask.
+    static void setPermissions(const QString& path, mode_t mode);
 
   private:
     PosixFile(const QString& path, int flags, mode_t mode, Failure whenMissing);
