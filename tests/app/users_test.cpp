@@ -9,6 +9,8 @@
 #include <QDir>
 #include <QFile>
 
+#include "app/private_folder.h"
+#include "app/system.h"
 #include "platform/durable_file.h"
 #include "support/fake_ports.h"
 #include "support/killed_child.h"
@@ -255,6 +257,41 @@ TEST_F(UsersTest, KilledWhileWritingLeavesAWholeRecord) {
         last = read->p_usedTimes();
     }
     EXPECT_GT(last, 25);
+}
+
+TEST_F(UsersTest, SessionFillsTheRecordAndClearsTheFolder) {
+    Database database;
+    System system(database, prompt, clock);
+    EXPECT_EQ(system.p_userName() + system.p_plainLgnKey() + system.p_kvdbFile(), QString());
+    EXPECT_FALSE(system.WriteUser());
+    const auto user = newUser(name);
+    user->p_usedTimes(4);
+    user->p_attackTime(clock.now());
+    system.setUser(user);
+    system.p_plainLgnKey(QStringLiteral("key"));
+    system.settings().p_lgnKeyChances0(9);
+    system.settings().p_themeBackground(true);
+    system.p_lgnKeyTip(QStringLiteral("提示"));
+    EXPECT_EQ(user->p_lgnKeyTip(), QStringLiteral("提示"));
+    system.RefreshMyUser();
+    ASSERT_TRUE(system.WriteUser());
+    const auto read = readBack(name);
+    EXPECT_EQ(read->p_remainedTimes(), 9);
+    EXPECT_FALSE(read->p_attackTime().isValid());
+    EXPECT_EQ(read->p_activeTime(), clock.now());
+    EXPECT_TRUE(read->p_themeBackground());
+
+    EXPECT_TRUE(system.RepairPrivateFolder());
+    EXPECT_TRUE(QFile::exists(system.p_defBGPictures()));
+    EXPECT_TRUE(system.ClearUser(false));
+    EXPECT_TRUE(QFile::exists(system.p_defEncrypted()));
+    EXPECT_TRUE(system.ClearUser(true));
+    EXPECT_FALSE(QFile::exists(system.p_privateFolder()));
+    EXPECT_TRUE(prompt.boxes.empty());
+    user->p_privateFolder(home.path());  // no private folder: nothing is deleted
+    EXPECT_FALSE(system.ClearUser(true));
+    EXPECT_TRUE(QFile::exists(home.path()));
+    EXPECT_TRUE(prompt.takeTexts().value(0).contains(QStringLiteral("]cSystem.ClearUser:\r\n")));
 }
 
 }  // namespace
