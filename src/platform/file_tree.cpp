@@ -89,8 +89,9 @@ class TreeRemover {
         if (!folder.isValid() && errno == EACCES) {
             // Without the right to read it cannot be opened; the name may have become a link only
             // between two calls, and then the second opening refuses it.
-            ::fchmodat(parent, name, 0700, 0);
-            folder = UniqueFd(::openat(parent, name, flags));
+            if (::fchmodat(parent, name, 0700, 0) == 0) {
+                folder = UniqueFd(::openat(parent, name, flags));
+            }
         }
         if (!folder.isValid()) {
             note(path);

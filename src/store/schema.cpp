@@ -163,7 +163,8 @@ std::string expandDomains(std::string sql) {
         for (auto start = sql.find(head); start != std::string::npos; start = sql.find(head)) {
             const auto end = sql.find(')', start);
             const std::string column = sql.substr(start + head.size(), end - start - head.size());
-            std::string condition = "(" + std::string(domain.condition) + ")";
+            std::string condition(1, '(');
+            condition.append(domain.condition).append(1, ')');
             for (auto at = condition.find('@'); at != std::string::npos; at = condition.find('@')) {
                 condition.replace(at, 1, column);
             }
