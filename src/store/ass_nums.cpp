@@ -24,8 +24,9 @@ int AssNums::DisplayNames(QStringList& names) {
         Statement statement(m_context.database,
                             "select Name from tb_AssNum where Effective = 1 order by Name");
         QStringList found;
-        while (statement.step())
+        while (statement.step()) {
             found.append(statement.text(0));
+        }
         names = std::move(found);
         return static_cast<int>(names.size());
     });
@@ -39,8 +40,9 @@ AssNum AssNums::Search(const QString& name) {
                             "select Name, Content, Type, Comment, Effective"
                             " from tb_AssNum where Name = ?");
         statement.bind(1, name);
-        if (!statement.step())
+        if (!statement.step()) {
             return;
+        }
         object.m_Name = statement.text(0);
         object.m_Content = m_context.cipher.toPlain(statement.text(1));
         object.m_Type = statement.text(2);

@@ -26,8 +26,9 @@ int AssPwds::DisplayNames(QStringList& names) {
         Statement statement(m_context.database,
                             "select Name from tb_AssPwd where Effective = 1 order by Name");
         QStringList found;
-        while (statement.step())
+        while (statement.step()) {
             found.append(statement.text(0));
+        }
         names = std::move(found);
         return static_cast<int>(names.size());
     });
@@ -41,8 +42,9 @@ AssPwd AssPwds::Search(const QString& name) {
                             "select Name, Content, Length, updateTime, Effective"
                             " from tb_AssPwd where Name = ?");
         statement.bind(1, name);
-        if (!statement.step())
+        if (!statement.step()) {
             return;
+        }
         object.m_Name = statement.text(0);
         object.m_Content = m_context.cipher.toPlain(statement.text(1));
         object.m_Length = static_cast<int>(statement.integer(2));
@@ -101,8 +103,9 @@ bool AssPwds::Modify(const AssPwd& before, const AssPwd& after) {
                               QStringLiteral("不能修改“自定义”密码！"));
         }
         Transaction transaction(m_context.database);
-        if (before.m_Content != after.m_Content && !recordChange(before))
+        if (before.m_Content != after.m_Content && !recordChange(before)) {
             return false;
+        }
         Statement(m_context.database,
                   "update tb_AssPwd set Name = ?, Content = ?, Length = ?, updateTime = ?,"
                   " Effective = ? where Name = ?")
@@ -128,8 +131,9 @@ bool AssPwds::recordChange(const AssPwd& before) {
         EntLog log;
         log.SetEntry2(bound.text(0), bound.text(1), EntLog::kModifyPassword, m_context.clock.now());
         log.SetOrgPwd(before.m_Name, before.m_Content);
-        if (!m_entLogs.Add(log))
+        if (!m_entLogs.Add(log)) {
             return false;
+        }
     }
     Statement(m_context.database, "update tb_Entry set recentModPwd = ? where pwdName = ?")
         .bind(1, m_context.clock.today())

@@ -10,8 +10,9 @@
 namespace keeper {
 
 QString ColumnCipher::toColumn(const QString& plain) const {
-    if (!isOn() || plain.isEmpty())
+    if (!isOn() || plain.isEmpty()) {
         return plain;
+    }
     QString key = m_key.p_plainIdpPwd();
     const WipeGuard keyGuard(key);
     // The cipher passes a text through when its key is empty: plain text in an enciphered column.
@@ -30,8 +31,9 @@ QString ColumnCipher::toColumn(const QString& plain) const {
 }
 
 QString ColumnCipher::toPlain(const QString& column) const {
-    if (!isOn() || column.isEmpty())
+    if (!isOn() || column.isEmpty()) {
         return column;
+    }
     QString key = m_key.p_plainIdpPwd();
     const WipeGuard keyGuard(key);
     return m_cryptor.DecryptString(column, key);

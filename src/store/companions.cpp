@@ -37,8 +37,9 @@ template <typename Object, typename WriteCompanion>
 bool addBoth(Database& database, Entries& entries, const Object& object,
              WriteCompanion&& writeCompanion) {
     Transaction transaction(database);
-    if (!entries.Add(object))
+    if (!entries.Add(object)) {
         return false;
+    }
     writeCompanion();
     transaction.commit();
     return true;
@@ -84,10 +85,8 @@ bool NetEntries::Modify(const QString& oldNo, const NetEntry& object) {
 void NetEntries::writeCompanion(const NetEntry& object) {
     const bool isCustom = object.m_numName == kCustomName;
     Statement(m_context.database,
-              "insert into tb_Net (dirPath, entNo, numName, customNum, Location)"
-              " values (?, ?, ?, ?, ?) on conflict (dirPath, entNo) do update set"
-              " numName = excluded.numName, customNum = excluded.customNum,"
-              " Location = excluded.Location")
+              "insert or replace into tb_Net (dirPath, entNo, numName, customNum, Location)"
+              " values (?, ?, ?, ?, ?)")
         .bind(1, object.m_dirPath)
         .bind(2, object.m_entNo)
         .bind(3, object.m_numName)
@@ -107,8 +106,9 @@ void NetEntries::search(const QString& number, NetEntry& object) {
                             " where e.dirPath = ? and e.entNo = ?");
         const EntryNo no = EntryNo::split(number);
         statement.bind(1, no.dirPath).bind(2, no.entNo);
-        if (!statement.step())
+        if (!statement.step()) {
             return;
+        }
         readEntry(statement, m_context.cipher, object);
         object.m_numName = statement.text(13);
         object.m_customNum = m_context.cipher.toPlain(statement.text(14));
@@ -150,10 +150,8 @@ bool Fils::Modify(const QString& oldNo, const Fil& object) {
 
 void Fils::writeCompanion(const Fil& object) {
     Statement(m_context.database,
-              "insert into tb_Fil (dirPath, entNo, filePath, hashCode, Encrypted)"
-              " values (?, ?, ?, ?, ?) on conflict (dirPath, entNo) do update set"
-              " filePath = excluded.filePath, hashCode = excluded.hashCode,"
-              " Encrypted = excluded.Encrypted")
+              "insert or replace into tb_Fil (dirPath, entNo, filePath, hashCode, Encrypted)"
+              " values (?, ?, ?, ?, ?)")
         .bind(1, object.m_dirPath)
         .bind(2, object.m_entNo)
         .bind(3, object.m_filePath)
@@ -174,8 +172,9 @@ Fil Fils::Search(const QString& number) {
                             " where e.dirPath = ? and e.entNo = ?");
         const EntryNo no = EntryNo::split(number);
         statement.bind(1, no.dirPath).bind(2, no.entNo);
-        if (!statement.step())
+        if (!statement.step()) {
             return;
+        }
         readEntry(statement, m_context.cipher, object);
         object.m_filePath = statement.text(13);
         object.m_hashCode = statement.text(14);

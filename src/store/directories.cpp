@@ -41,8 +41,9 @@ std::vector<QString> subtreeOf(Database& database, const QString& dirPath) {
                         " where dirPath >= ?1 and dirPath < ?1 || ':' order by dirPath desc");
     statement.bind(1, dirPath);
     std::vector<QString> paths;
-    while (statement.step())
+    while (statement.step()) {
         paths.push_back(statement.text(0));
+    }
     return paths;
 }
 
@@ -64,8 +65,9 @@ int Directories::Display(std::vector<Directory>& rows) {
             directory.m_Title = statement.text(1);
         }
         const int count = static_cast<int>(found.size());
-        if (count > 0)
+        if (count > 0) {
             rows = std::move(found);
+        }
         return count;
     });
 }
@@ -91,8 +93,9 @@ bool Directories::Rename(const QString& dirPath, const QString& title) {
 }
 
 bool Directories::Delete(const QString& dirPath) {
-    if (isBigClass(dirPath))
+    if (isBigClass(dirPath)) {
         return false;
+    }
     return guarded(m_context.prompt, QStringLiteral("Directories.Delete"), false, [&] {
         return Statement(m_context.database, "delete from tb_Directory where dirPath = ?")
                    .bind(1, dirPath)
@@ -115,8 +118,9 @@ bool Directories::MoveTo(const QString& oldPath, const QString& newPath) {
         requireMovable(oldPath, newPath);
         Transaction transaction(m_context.database);
         const std::vector<QString> paths = subtreeOf(m_context.database, oldPath);
-        if (paths.empty() || paths.front() != oldPath)
+        if (paths.empty() || paths.back() != oldPath) {
             return false;
+        }
         Statement statement(m_context.database,
                             "update tb_Directory set dirPath = ?, parentDir = ? where dirPath = ?");
         for (const QString& path : paths) {

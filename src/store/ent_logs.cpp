@@ -31,19 +31,23 @@ QString statusText(std::int32_t statusNo) {
 QByteArray displaySql(bool hasNumber, bool hasPeriod, bool hasStatus) {
     QByteArray sql =
         "select dirPath, entNo, dateTime, statusNo, pwdName, originalPwd from tb_EntLog where 1";
-    if (hasNumber)
+    if (hasNumber) {
         sql += " and dirPath = ?1 and entNo = ?2";
-    if (hasPeriod)
+    }
+    if (hasPeriod) {
         sql += " and dateTime between ?3 and ?4";
-    if (hasStatus)
+    }
+    if (hasStatus) {
         sql += " and statusNo = ?5";
+    }
     return sql + " order by dateTime desc, rowid desc";
 }
 
 QString passwordText(const Statement& statement, const ColumnCipher& cipher) {
     const QString pwdName = statement.text(4);
-    if (pwdName.isEmpty())
+    if (pwdName.isEmpty()) {
         return QStringLiteral("(不予显示)");
+    }
     QString password = cipher.toPlain(statement.text(5));
     const WipeGuard guard(password);
     return pwdName + QStringLiteral("：") + password;
@@ -105,10 +109,12 @@ bool EntLogs::Display(std::vector<EntLogLine>& lines, const QString& number, con
             const EntryNo no = EntryNo::split(number);
             statement.bind(1, no.dirPath).bind(2, no.entNo);
         }
-        if (period)
+        if (period) {
             statement.bind(3, period->from).bind(4, period->to);
-        if (status != 0)
+        }
+        if (status != 0) {
             statement.bind(5, status);
+        }
         while (statement.step()) {
             EntLogLine& line = lines.emplace_back();
             line.no = ++count;
@@ -148,8 +154,9 @@ int EntLogs::Delete(const QString& number) {
 
 int EntLogs::Clear(std::int16_t days) {
     return guarded(m_context.prompt, QStringLiteral("EntLogs.Clear"), 0, [&] {
-        if (days == 0)
+        if (days == 0) {
             return Statement(m_context.database, "delete from tb_EntLog").run();
+        }
         return Statement(m_context.database, "delete from tb_EntLog where dateTime < ?")
             .bind(1, firstKeptDay(m_context.clock.today(), days))
             .run();
@@ -163,8 +170,9 @@ int EntLogs::Count(const QString& number) {
                             number.isEmpty()
                                 ? "select count(*) from tb_EntLog"
                                 : "select count(*) from tb_EntLog where dirPath = ? and entNo = ?");
-        if (!number.isEmpty())
+        if (!number.isEmpty()) {
             statement.bind(1, no.dirPath).bind(2, no.entNo);
+        }
         return statement.step() ? static_cast<int>(statement.integer(0)) : 0;
     });
 }

@@ -98,8 +98,9 @@ int Entries::Display(std::vector<Entry>& rows) {
             entry.m_Bookmark = statement.flag(3);
         }
         const int count = static_cast<int>(found.size());
-        if (count > 0)
+        if (count > 0) {
             rows = std::move(found);
+        }
         return count;
     });
 }
@@ -111,8 +112,9 @@ std::int32_t Entries::AddUsedTimes(const QString& number) {
                          "update tb_Entry set usedTimes = usedTimes + 1"
                          " where dirPath = ? and entNo = ?");
         bindNumber(update, 1, number);
-        if (update.run() == 0)
+        if (update.run() == 0) {
             return 0;
+        }
         Statement select(m_context.database,
                          "select usedTimes from tb_Entry where dirPath = ? and entNo = ?");
         bindNumber(select, 1, number);
@@ -181,8 +183,9 @@ int Entries::GetRecentUpdates(QStringList& lines, int amount) {
             found.append(CatTitleNo(statement.text(2), statement.text(0) + statement.text(1)));
         }
         const int count = static_cast<int>(found.size());
-        if (count > 0)
+        if (count > 0) {
             lines = std::move(found);
+        }
         return count;
     });
 }

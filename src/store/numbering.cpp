@@ -32,10 +32,12 @@ QString pairText(int value) {
 }
 
 int bigClassOf(QStringView pair) {
-    if (pair == u"02")
+    if (pair == u"02") {
         return 1;
-    if (pair == u"03")
+    }
+    if (pair == u"03") {
         return 2;
+    }
     return 0;
 }
 
@@ -46,8 +48,9 @@ bool isNumeric(const QString& text) {
 
 /// Where a walk starts; empty when there is nothing to walk from.
 QString walkStart(const QString& keyOrNumber, bool asSibling) {
-    if (keyOrNumber.isEmpty())
+    if (keyOrNumber.isEmpty()) {
         return {};
+    }
     const QString number = isNumeric(keyOrNumber) ? keyOrNumber : GetItemKeyNo(keyOrNumber);
     return asSibling ? number : number + QStringLiteral("00");
 }
@@ -63,8 +66,9 @@ QString ConcatenateNo(const QString& number, bool isDir) {
 }
 
 QString GetItemKeyNo(const QString& key) {
-    if (key.size() < kPrefixLength)
+    if (key.size() < kPrefixLength) {
         throwInvalidCall("GetItemKeyNo");
+    }
     return key.sliced(kPrefixLength);
 }
 
@@ -73,8 +77,9 @@ bool TestEntDir(const QString& key) {
 }
 
 QString CatTitleNo(const QString& title, const QString& number) {
-    if (title.size() > kTitleWidth)
+    if (title.size() > kTitleWidth) {
         throwInvalidCall("CatTitleNo");
+    }
     return title.leftJustified(kTitleWidth) + number;
 }
 
@@ -84,8 +89,9 @@ QString GetLsbNo(const QString& line) {
 
 QString GetLsbTitle(const QString& line) {
     qsizetype length = std::min(kTitleWidth, line.size());
-    while (length > 0 && line.at(length - 1) == QLatin1Char(' '))
+    while (length > 0 && line.at(length - 1) == QLatin1Char(' ')) {
         --length;
+    }
     return line.first(length);
 }
 
@@ -96,8 +102,9 @@ int GetItemKeyType(const QString& keyOrNumber) {
         const bool isKnown = pair == u"01" || pair == u"02" || pair == u"03";
         return isKnown ? 3 + bigClassOf(pair) : 0;
     }
-    if (key.startsWith(u"ent"))
+    if (key.startsWith(u"ent")) {
         return bigClassOf(pair);
+    }
     return bigClassOf(key.left(kPairLength));
 }
 
@@ -106,15 +113,17 @@ QString GetParent(const QString& number) {
 }
 
 QString GetNext(const QString& number) {
-    if (number.size() <= kPairLength)
+    if (number.size() <= kPairLength) {
         return {};
+    }
     const int next = lastPairOf(number) + 1;
     return headOf(number) + pairText(next < 100 ? next : 0);
 }
 
 QString GetPrevious(const QString& number) {
-    if (number.size() < kPairLength)
+    if (number.size() < kPairLength) {
         return {};
+    }
     const int last = lastPairOf(number);
     // Nothing stands before 00 either, so a reserved number has its parent for predecessor.
     return last <= 1 ? GetParent(number) : headOf(number) + pairText(last - 1);
@@ -140,8 +149,9 @@ QString FindItemNo(const QString& keyOrNumber, bool asSibling, bool findUsed, bo
     // A big class has no next sibling: GetNext ends the walk with an empty text.
     for (QString number = GetNext(start); !number.isEmpty() && number != start;
          number = GetNext(number)) {
-        if (isTaken(ConcatenateNo(number, isDir)) == findUsed)
+        if (isTaken(ConcatenateNo(number, isDir)) == findUsed) {
             return number;
+        }
     }
     return {};
 }
@@ -154,15 +164,18 @@ QString FindItemNoSkipZero(const QString& keyOrNumber, bool asSibling, bool find
     for (QString number = GetNext(start); !number.isEmpty(); number = GetNext(number)) {
         if (lastPairOf(number) == 0) {
             // A start of 00 is never met again, so the second time round ends the walk.
-            if (findUsed || hasWrapped)
+            if (findUsed || hasWrapped) {
                 return {};
+            }
             hasWrapped = true;
             number = first;
         }
-        if (number == start)
+        if (number == start) {
             return {};
-        if (isTaken(ConcatenateNo(number, isDir)) == findUsed)
+        }
+        if (isTaken(ConcatenateNo(number, isDir)) == findUsed) {
             return number;
+        }
     }
     return {};
 }

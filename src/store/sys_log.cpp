@@ -47,9 +47,10 @@ bool fits(const LogSentence& sentence, const LogRow& row) {
 
 /// The sign of the count says what kind of address it is. A placeholder names both kinds itself.
 QString addressText(const LogRow& row) {
-    const QString address = row.value(1);
-    if (row.isPlaceholder || row.count == 0)
+    QString address = row.value(1);
+    if (row.isPlaceholder || row.count == 0) {
         return address;
+    }
     return (row.count > 0 ? QStringLiteral("IP:【") : QStringLiteral("MAC:【")) + address +
            QStringLiteral("】");
 }
@@ -57,24 +58,30 @@ QString addressText(const LogRow& row) {
 QString bitsText(std::int64_t bits) {
     QStringList numbers;
     for (int bit = 0; bit < kAuthorityBits; ++bit) {
-        if ((bits >> bit) & 1)
+        if ((bits >> bit) & 1) {
             numbers.append(QString::number(bit + 1));
+        }
     }
     return numbers.join(QLatin1Char(','));
 }
 
 QString markText(QStringView mark, const LogRow& row) {
-    if (mark == u"#")
+    if (mark == u"#") {
         return QString::number(row.count);
-    if (mark == u"abs")
+    }
+    if (mark == u"abs") {
         return QString::number(std::llabs(row.count));
-    if (mark == u"addr")
+    }
+    if (mark == u"addr") {
         return addressText(row);
+    }
     // Only a clock that was set back makes a run time negative.
-    if (mark == u"dur")
+    if (mark == u"dur") {
         return Time::ShowTime(std::max<std::int64_t>(row.count, 0));
-    if (mark == u"bits")
+    }
+    if (mark == u"bits") {
         return bitsText(row.count);
+    }
     return row.value(mark.toInt() - 1);
 }
 
@@ -83,8 +90,9 @@ QString compose(QStringView sentence, const LogRow& row) {
     QString text;
     while (true) {
         const qsizetype open = sentence.indexOf(u'{');
-        if (open < 0)
+        if (open < 0) {
             return text.append(sentence);
+        }
         const qsizetype close = sentence.indexOf(u'}', open);
         text.append(sentence.first(open));
         text.append(markText(sentence.sliced(open + 1, close - open - 1), row));

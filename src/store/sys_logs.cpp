@@ -22,8 +22,9 @@ constexpr int kFirstExitStatus = 13;
 /// The numbers of a list; none for "0". Throws KeeperError 13 on anything that is no number.
 std::vector<std::int32_t> parseStatusNos(const QString& statusNos) {
     std::vector<std::int32_t> numbers;
-    if (statusNos.trimmed() == QLatin1String("0"))
+    if (statusNos.trimmed() == QLatin1String("0")) {
         return numbers;
+    }
     const QStringList parts = statusNos.split(QLatin1Char(','));
     for (const QString& part : parts) {
         bool isNumber = false;
@@ -38,12 +39,14 @@ std::vector<std::int32_t> parseStatusNos(const QString& statusNos) {
 
 QByteArray displaySql(bool hasPeriod, std::size_t statusCount) {
     QByteArray sql = "select dateTime, statusNo, lCount, Description from tb_SysLog where 1";
-    if (hasPeriod)
+    if (hasPeriod) {
         sql += " and dateTime between ? and ?";
+    }
     if (statusCount > 0) {
         sql += " and statusNo in (?";
-        for (std::size_t i = 1; i < statusCount; ++i)
+        for (std::size_t i = 1; i < statusCount; ++i) {
             sql += ", ?";
+        }
         sql += ')';
     }
     return sql + " order by dateTime desc, rowid desc";
@@ -52,8 +55,9 @@ QByteArray displaySql(bool hasPeriod, std::size_t statusCount) {
 /// The first characters, never half of a surrogate pair.
 QString storedDescription(const QString& description) {
     QString stored = description.left(SysLogs::kMaxDescription);
-    if (!stored.isEmpty() && stored.back().isHighSurrogate())
+    if (!stored.isEmpty() && stored.back().isHighSurrogate()) {
         stored.chop(1);
+    }
     return stored;
 }
 
@@ -90,10 +94,12 @@ bool SysLogs::Display(std::vector<SysLogLine>& lines, const QDate& from, const Q
         Statement statement(m_context.database,
                             displaySql(period.has_value(), numbers.size()).constData());
         int index = 0;
-        if (period)
+        if (period) {
             statement.bind(1, period->from).bind(2, period->to), index = 2;
-        for (const std::int32_t number : numbers)
+        }
+        for (const std::int32_t number : numbers) {
             statement.bind(++index, number);
+        }
         while (statement.step()) {
             SysLog log;
             log.m_statusNo = static_cast<std::int32_t>(statement.integer(1));
@@ -121,8 +127,9 @@ bool SysLogs::Add(const SysLog& log) {
 
 int SysLogs::Clear(std::int16_t days) {
     return guarded(m_context.prompt, QStringLiteral("SysLogs.Clear"), 0, [&] {
-        if (days == 0)
+        if (days == 0) {
             return Statement(m_context.database, "delete from tb_SysLog").run();
+        }
         return Statement(m_context.database, "delete from tb_SysLog where dateTime < ?")
             .bind(1, firstKeptDay(m_context.clock.today(), days))
             .run();

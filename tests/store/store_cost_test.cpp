@@ -1,0 +1,162 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+// Work of the engine counted in its own steps, which no load of the machine changes: what touches
+// one entry must cost the same in a small and in a large database, and nothing may scan a growing
+// table.
+
+#include <sqlcipher/sqlite3.h>
+
+#include <functional>
+
+#include "store/ass_nums.h"
+#include "store/ass_pwds.h"
+#include "store/ent_logs.h"
+#include "store/store_fixture.h"
+#include "store/sys_logs.h"
+
+namespace keeper {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+struct Work {
+    std::int64_t steps = 0;
+    std::int64_t scannedRows = 0;
+};
+
+int addWork(unsigned /*event*/, void* work, void* statement, void* /*time*/) {
+    auto* counted = static_cast<Work*>(work);
+    auto* finished = static_cast<sqlite3_stmt*>(statement);
+    counted->steps += sqlite3_stmt_status(finished, SQLITE_STMTSTATUS_VM_STEP, 1);
+    counted->scannedRows += sqlite3_stmt_status(finished, SQLITE_STMTSTATUS_FULLSCAN_STEP, 1);
+    return 0;
+}
+
+class StoreCostTest : public StoreTest {
+  protected:
+    void fill(int directories) {
+        Transaction transaction(m_database);
+        for (int d = m_directoryCount + 1; d <= directories; ++d) {
+            const QString dirPath = u"01%1"_s.arg(d, 2, 10, QLatin1Char('0'));
+            ASSERT_TRUE(addDirectory(dirPath));
+            for (int e = 1; e <= 40; ++e) {
+                const QString no = dirPath + u"%1"_s.arg(e, 2, 10, QLatin1Char('0'));
+                m_clock.advanceSeconds(1);
+                ASSERT_TRUE(m_webs.Add(webAt(no)));
+                EntLog entLog;
+                entLog.SetEntry(no, EntLog::kCreateEntry, m_clock.now());
+                ASSERT_TRUE(m_entLogs.Add(entLog));
+                log(38);
+            }
+        }
+        m_directoryCount = directories;
+        transaction.commit();
+    }
+    void log(std::int32_t status) {
+        SysLog row;
+        row.m_dateTime = m_clock.now();
+        row.m_statusNo = status;
+        ASSERT_TRUE(m_sysLogs.Add(row));
+    }
+    Work workOf(const std::function<void()>& operation) {
+        Work work;
+        sqlite3_trace_v2(m_database.handle(), SQLITE_TRACE_PROFILE, addWork, &work);
+        operation();
+        sqlite3_trace_v2(m_database.handle(), 0, nullptr, nullptr);
+        return work;
+    }
+
+    int m_directoryCount = 0;
+    EntLogs m_entLogs{m_context};
+    SysLogs m_sysLogs{m_context};
+    AssPwds m_assPwds{m_context, m_entLogs};
+    AssNums m_assNums{m_context};
+};
+
+TEST_F(StoreCostTest, SingleOperationsDoNotGrowWithTheDatabase) {
+    AssPwd pwd;
+    pwd.m_Name = u"共用"_s;
+    ASSERT_TRUE(m_assPwds.Add(pwd));
+    AssNum num;
+    num.m_Name = u"手机"_s;
+    ASSERT_TRUE(m_assNums.Add(num));
+    log(13);
+    Web bound = webAt(u"010299"_s);
+    bound.m_pwdName = u"共用"_s;
+    bound.m_numName = u"手机"_s;
+
+    QStringList lines;
+    QString text;
+    std::vector<EntLogLine> entLines;
+    int total = 0;
+    AssPwd changed = pwd;
+    changed.m_Content = u"new"_s;
+    // In this order, each leaves the database as the next one needs it, and the last as it was.
+    const std::vector<std::pair<const char*, std::function<void()>>> operations{
+        {"Webs.Add", [&] { ASSERT_TRUE(m_webs.Add(bound)); }},
+        {"Webs.Search", [&] { ASSERT_EQ(m_webs.Search(u"010299"_s).m_entNo, u"99"_s); }},
+        {"Webs.Modify", [&] { ASSERT_TRUE(m_webs.Modify(u"010299"_s, bound)); }},
+        {"AddUsedTimes", [&] { m_entries.AddUsedTimes(u"010299"_s); }},
+        {"SetBookmark", [&] { ASSERT_TRUE(m_entries.SetBookmark(u"010299"_s, true)); }},
+        {"SetEffective", [&] { ASSERT_TRUE(m_entries.SetEffective(u"010299"_s, false)); }},
+        {"GetRecentUpdates", [&] { ASSERT_EQ(m_entries.GetRecentUpdates(lines, 10), 10); }},
+        {"GetEntBoundedPwd", [&] { ASSERT_EQ(m_assPwds.GetEntBoundedPwd(u"共用"_s, lines), 1); }},
+        {"GetNetBoundedNum", [&] { ASSERT_EQ(m_assNums.GetNetBoundedNum(u"手机"_s, lines), 1); }},
+        {"AssPwds.Modify", [&] { ASSERT_TRUE(m_assPwds.Modify(pwd, changed)); }},
+        {"AssPwds.Modify back", [&] { ASSERT_TRUE(m_assPwds.Modify(changed, pwd)); }},
+        {"EntLogs.Display", [&] { m_entLogs.Display(entLines, u"010299"_s, {}, {}, 0, total); }},
+        {"EntLogs.Count", [&] { m_entLogs.Count(u"010299"_s); }},
+        {"EntLogs.Delete", [&] { ASSERT_EQ(m_entLogs.Delete(u"010299"_s), 2); }},
+        {"Directories.Rename", [&] { ASSERT_TRUE(m_directories.Rename(u"0102"_s, u"新"_s)); }},
+        {"Directories.MoveTo", [&] { ASSERT_TRUE(m_directories.MoveTo(u"0102"_s, u"0201"_s)); }},
+        {"back", [&] { ASSERT_TRUE(m_directories.MoveTo(u"0201"_s, u"0102"_s)); }},
+        {"Entries.MoveTo", [&] { ASSERT_TRUE(m_entries.MoveTo(u"010299"_s, u"010298"_s)); }},
+        {"NetRebind", [&] { ASSERT_TRUE(m_assNums.NetRebindNewAssNum(u"手机"_s, kCustomName)); }},
+        {"Entries.Delete", [&] { ASSERT_TRUE(m_entries.Delete(webAt(u"010298"_s))); }},
+        {"SysLogs.Add", [&] { log(38); }},
+        {"GetLastTime", [&] { ASSERT_TRUE(m_sysLogs.GetLastTime(text)); }},
+        {"SysLogs.Clear", [&] { m_sysLogs.Clear(30000); }},
+        {"EntLogs.Clear", [&] { m_entLogs.Clear(30000); }},
+    };
+    std::vector<Work> small;
+    fill(3);
+    for (const auto& [name, operation] : operations) {
+        small.push_back(workOf(operation));
+    }
+    fill(30);
+    for (std::size_t i = 0; i < operations.size(); ++i) {
+        const Work large = workOf(operations[i].second);
+        EXPECT_LE(large.steps, small[i].steps + 20) << operations[i].first;
+        // Ten recent updates are read off the end of an index, which counts as well.
+        EXPECT_LE(large.scannedRows, 10) << operations[i].first;
+        EXPECT_GT(large.steps, 0) << operations[i].first;
+    }
+}
+
+TEST_F(StoreCostTest, BulkReadsGrowInProportion) {
+    std::vector<Entry> entries;
+    std::vector<Directory> directories;
+    std::vector<SysLogLine> lines;
+    std::vector<AssPwdTotal> totals;
+    int total = 0;
+    const std::vector<std::function<void()>> operations{
+        [&] { m_entries.Display(entries); },
+        [&] { m_directories.Display(directories); },
+        [&] { m_sysLogs.Display(lines, {}, {}, u"0"_s, total); },
+        [&] { m_assPwds.DisplayAll(totals); },
+    };
+    fill(5);
+    std::vector<Work> small;
+    for (const auto& operation : operations) {
+        small.push_back(workOf(operation));
+    }
+    fill(50);
+    for (std::size_t i = 0; i < operations.size(); ++i) {
+        EXPECT_LE(workOf(operations[i]).steps, 11 * small[i].steps) << i;
+    }
+    EXPECT_EQ(entries.size(), 2000U);
+}
+
+}  // namespace
+}  // namespace keeper
