@@ -13,29 +13,6 @@
 #include "ui/theme/icons.h"
 
 namespace keeper {
-namespace {
-
-QString messageText(int mode) {
-    switch (mode) {
-        case 0:
-            return QStringLiteral("正在解密……");
-        case 1:
-            return QStringLiteral("正在加密……");
-        case 2:
-            return QStringLiteral("正在分派数据库");
-        case 3:
-            return QStringLiteral("正在加密并备份");
-        case 4:
-            return QStringLiteral("指定备份路径无效,\n退出备份失败");
-        default:
-            return {};
-    }
-}
-
-constexpr int backupFailed = 4;
-
-}  // namespace
-
 dlgConnecting::dlgConnecting(QWidget* parent)
     : QWidget(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::FramelessWindowHint |
                           Qt::WindowDoesNotAcceptFocus),
@@ -69,11 +46,11 @@ dlgConnecting::dlgConnecting(QWidget* parent)
     grid->addWidget(lblPercent, 1, 2);
     grid->setColumnStretch(1, 1);
     setMinimumWidth(unit * 22);
-    setPercent(0);
+    setProgress(0);
 }
 
-void dlgConnecting::SetMsg(int mode) {
-    const bool isFailure = mode == backupFailed;
+void dlgConnecting::SetMsg(CryptMode mode) {
+    const bool isFailure = mode == CryptMode::SealAfterFailedBackup;
     QFont letters = font();
     QPalette colors = palette();
     if (isFailure) {
@@ -83,20 +60,27 @@ void dlgConnecting::SetMsg(int mode) {
     }
     lblMsg->setFont(letters);
     lblMsg->setPalette(colors);
-    lblMsg->setText(messageText(mode));
+    lblMsg->setText(connectingText(mode).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
     setAccessibleName(lblMsg->text());
-    setPercent(0);
+    setProgress(0);
     adjustSize();
+    show();
+    // The work that is announced may not turn the loop for a while.
+    repaint();
 }
 
-void dlgConnecting::setPercent(int percent) {
+void dlgConnecting::setProgress(int percent) {
     prgbAES->setValue(qBound(0, percent, 100));
     lblPercent->setText(QString::number(prgbAES->value()) + u'%');
 }
 
+void dlgConnecting::close() {
+    hide();
+}
+
 void dlgConnecting::closeEvent(QCloseEvent* event) {
-    // The window manager's close is refused; the owner hides the window when the work is done.
-    event->setAccepted(!event->spontaneous());
+    // Only close() of the work's owner ends it, which hides.
+    event->ignore();
 }
 
 void dlgConnecting::keyPressEvent(QKeyEvent* event) {

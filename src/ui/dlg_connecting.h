@@ -7,21 +7,22 @@
 #include <QProgressBar>
 #include <QWidget>
 
+#include "store/connecting_display.h"
+
 namespace keeper {
 
 /// The small window that tells what is being sealed or unsealed and how far it is. It blocks
 /// nothing, takes no focus and cannot be closed by the person: what it shows must run to its end.
-class dlgConnecting final : public QWidget {
+class dlgConnecting final : public QWidget, public ConnectingDisplay {
     Q_OBJECT
 
   public:
     explicit dlgConnecting(QWidget* parent = nullptr);
 
-    /// 0 unsealing, 1 sealing, 2 dispatch to a branch machine, 3 sealing and backup, 4 sealing
-    /// after a backup that failed, told in red.
-    void SetMsg(int mode);
-    /// 0 .. 100.
-    void setPercent(int percent);
+    /// Shows the window; that a backup failed is told in red.
+    void SetMsg(CryptMode mode) override;
+    void setProgress(int percent) override;
+    void close() override;
     [[nodiscard]] QString message() const { return lblMsg->text(); }
 
   protected:

@@ -61,16 +61,20 @@ TEST(FirstWindows, StatusPanelsShowTheirTextsAndHideWhenEmpty) {
 
 TEST(FirstWindows, ConnectingTellsModeAndProgressAndCannotBeClosedByThePerson) {
     dlgConnecting window;
-    window.SetMsg(1);
-    window.show();
+    window.SetMsg(CryptMode::Seal);
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_FALSE(static_cast<QWidget&>(window).close());
+    EXPECT_TRUE(window.isVisible());
     EXPECT_EQ(window.message(), QStringLiteral("正在加密……"));
-    window.setPercent(142);
+    window.setProgress(142);
     EXPECT_EQ(window.findChild<QProgressBar*>()->value(), 100);
     EXPECT_EQ(window.findChild<QLabel*>(QStringLiteral("lblPercent"))->text(),
               QStringLiteral("100%"));
-    window.SetMsg(4);
+    window.SetMsg(CryptMode::SealAfterFailedBackup);
     EXPECT_EQ(window.findChild<QLabel*>(QStringLiteral("lblMsg"))->font().pointSize(), 15);
     EXPECT_EQ(window.findChild<QProgressBar*>()->value(), 0);
+    window.close();
+    EXPECT_FALSE(window.isVisible());
 }
 
 }  // namespace

@@ -112,10 +112,10 @@ int main(int argc, char** argv) {
         frmSplash splash;
         save(splash, folder + QStringLiteral("/splash") + tail);
         dlgConnecting connecting;
-        connecting.SetMsg(3);
-        connecting.setPercent(42);
+        connecting.SetMsg(CryptMode::SealAndBackUp);
+        connecting.setProgress(42);
         save(connecting, folder + QStringLiteral("/connecting") + tail);
-        connecting.SetMsg(4);
+        connecting.SetMsg(CryptMode::SealAfterFailedBackup);
         save(connecting, folder + QStringLiteral("/connecting-failed") + tail);
         const std::unique_ptr<QWidget> page(controls(keyboard));
         save(*page, folder + QStringLiteral("/controls") + tail);

@@ -4,9 +4,9 @@
 #include "platform/linux/desktop_appearance.h"
 
 #include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 #include <QSettings>
 
 namespace keeper {
@@ -75,8 +75,7 @@ void DesktopAppearance::watch() {
         return;
     }
     bus.connect(portalService(), portalPath(), settingsInterface(),
-                QStringLiteral("SettingChanged"), this,
-                SLOT(onSettingChanged(QString, QString, QDBusVariant)));
+                QStringLiteral("SettingChanged"), this, SLOT(onSettingChanged(QDBusMessage)));
     QDBusMessage question = QDBusMessage::createMethodCall(
         portalService(), portalPath(), settingsInterface(), QStringLiteral("Read"));
     question << appearanceGroup() << schemeKey();
@@ -90,10 +89,11 @@ void DesktopAppearance::watch() {
     });
 }
 
-void DesktopAppearance::onSettingChanged(const QString& group, const QString& key,
-                                         const QDBusVariant& value) {
-    if (group == appearanceGroup() && key == schemeKey()) {
-        accept(value.variant());
+void DesktopAppearance::onSettingChanged(const QDBusMessage& message) {
+    const QVariantList arguments = message.arguments();
+    if (arguments.size() == 3 && arguments.at(0).toString() == appearanceGroup() &&
+        arguments.at(1).toString() == schemeKey()) {
+        accept(arguments.at(2));
     }
 }
 

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include <QDBusVariant>
+#include <QDBusMessage>
 
 #include "platform/appearance.h"
 
@@ -23,7 +23,7 @@ class DesktopAppearance final : public Appearance {
     [[nodiscard]] Scheme scheme() const override { return m_scheme; }
 
   private Q_SLOTS:
-    void onSettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+    void onSettingChanged(const QDBusMessage& message);
 
   private:
     void accept(const QVariant& value);

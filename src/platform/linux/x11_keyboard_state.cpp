@@ -46,6 +46,12 @@ bool X11KeyboardState::capsLock() const {
         // Asked anew: the event of a lock pressed this moment may not have been read yet.
         XkbStateRec state{};
         XkbGetState(m_display, XkbUseCoreKbd, &state);
+        if (XEventsQueued(m_display, QueuedAlready) > 0) {
+            // The round trip has read events that the socket will not announce again.
+            auto* self = const_cast<X11KeyboardState*>(this);
+            QMetaObject::invokeMethod(
+                self, [self] { self->drain(); }, Qt::QueuedConnection);
+        }
         return (state.locked_mods & LockMask) != 0;
     }
     return false;
