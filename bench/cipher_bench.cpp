@@ -141,7 +141,7 @@ void addAll() {
     using namespace keeper::rijndael;
     for (const std::size_t size : {cached, large}) {
         for (const bool decrypt : {false, true}) {
-            const std::string way = (decrypt ? "/d" : "/e") + sizeName(size);
+            const std::string way = std::string(decrypt ? "/d" : "/e").append(sizeName(size));
             add("openssl_aes_128_ecb" + way, [=](benchmark::State& state) {
                 runOpenSsl(state, EVP_aes_128_ecb(), decrypt, size);
             });
@@ -160,7 +160,10 @@ void addAll() {
                     continue;
                 }
                 for (int bits = 128; bits <= 256; bits += 32) {
-                    add(implementation.name + ("/" + std::to_string(bits)) + way,
+                    add(std::string(implementation.name)
+                            .append("/")
+                            .append(std::to_string(bits))
+                            .append(way),
                         [=, &implementation](benchmark::State& state) {
                             runPath(state, implementation, bits, decrypt, size);
                         });
