@@ -149,9 +149,15 @@ TEST(DesktopAppearance, ThePortalsAnswerAndItsChangesWin) {
 
     QTemporaryDir dir;
     DesktopAppearance appearance(dir.path());
+    // A portal refuses a caller whose /proc it cannot read, so a closed process opens for its
+    // answer.
+    ::prctl(PR_SET_DUMPABLE, 0);
     appearance.watch();
+    EXPECT_EQ(::prctl(PR_GET_DUMPABLE), 1);
     EXPECT_TRUE(
         QTest::qWaitFor([&] { return appearance.scheme() == Appearance::Scheme::Dark; }, 10'000));
+    EXPECT_EQ(::prctl(PR_GET_DUMPABLE), 0);
+    ::prctl(PR_SET_DUMPABLE, 1);
     bus.emitSignal(service, path, interface, QStringLiteral("SettingChanged"),
                    QStringLiteral("ssv"),
                    {QStringLiteral("org.freedesktop.appearance"), QStringLiteral("color-scheme"),

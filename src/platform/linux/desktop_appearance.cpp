@@ -8,6 +8,10 @@
 #include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <QSettings>
+#include <QTimer>
+#include <memory>
+
+#include "platform/linux/hardening.h"
 
 namespace keeper {
 namespace {
@@ -79,8 +83,12 @@ void DesktopAppearance::watch() {
     QDBusMessage question = QDBusMessage::createMethodCall(
         portalService(), portalPath(), settingsInterface(), QStringLiteral("Read"));
     question << appearanceGroup() << schemeKey();
+    const auto open = std::make_shared<OpenToPortals>();
+    constexpr int longestOpenMilliseconds = 1500;
+    QTimer::singleShot(longestOpenMilliseconds, this, [open] { open->close(); });
     auto* answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, open] {
+        open->close();
         answer->deleteLater();
         const QDBusPendingReply<QDBusVariant> reply = *answer;
         if (!reply.isError()) {

@@ -18,7 +18,9 @@ class DesktopAppearance final : public Appearance {
     /// `configuration` is the folder of the settings files, such as ~/.config. Reads files only.
     explicit DesktopAppearance(const QString& configuration);
 
-    /// Asks the portal, without waiting for it, and follows its changes from then on.
+    /// Asks the portal, without waiting for it, and follows its changes from then on. For the
+    /// portal's sake the process is open to it until the answer (see OpenToPortals), so this is to
+    /// be called before a key can be typed.
     void watch();
     [[nodiscard]] Scheme scheme() const override { return m_scheme; }
 

@@ -29,4 +29,17 @@ Hardening hardenProcess() {
     return result;
 }
 
+OpenToPortals::OpenToPortals() {
+    if (::prctl(PR_GET_DUMPABLE, 0, 0, 0, 0) == 0) {
+        m_hasOpened = ::prctl(PR_SET_DUMPABLE, 1, 0, 0, 0) == 0;
+    }
+}
+
+void OpenToPortals::close() {
+    if (m_hasOpened) {
+        m_hasOpened = false;
+        ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
+    }
+}
+
 }  // namespace keeper

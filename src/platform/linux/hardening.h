@@ -20,4 +20,23 @@ struct Hardening {
 /// build stays open to debuggers when KEEPER_DEBUGGABLE is set in the environment.
 Hardening hardenProcess();
 
+/// Opens a hardened process to a portal's first look.
+///
+/// A portal reads /proc/PID/root of each new caller and refuses one that it may not read there,
+/// but remembers the answer for as long as the caller's bus connection lasts. So the first call
+/// must come from an open process, before any secret is in memory; file dialogs of the portal work
+/// ever after. Closes again with close() or with the object. Does nothing in a process not
+/// hardened.
+class OpenToPortals {
+  public:
+    OpenToPortals();
+    ~OpenToPortals() { close(); }
+    OpenToPortals(const OpenToPortals&) = delete;
+    OpenToPortals& operator=(const OpenToPortals&) = delete;
+    void close();
+
+  private:
+    bool m_hasOpened = false;
+};
+
 }  // namespace keeper

@@ -8,7 +8,7 @@
 
 #include "platform/keyboard_state.h"
 
-struct _XDisplay;
+struct _XDisplay;  // NOLINT(bugprone-reserved-identifier): the library's own name
 
 namespace keeper {
 

@@ -344,7 +344,6 @@ QSize KeeperStyle::sizeFromContents(ContentsType type, const QStyleOption* optio
             return size.expandedTo({unit * 5, unit * 2});
         case CT_LineEdit:
         case CT_ComboBox:
-            return size.expandedTo({0, unit * 2});
         case CT_SpinBox:
             return size.expandedTo({0, unit * 2});
         case CT_MenuItem:
