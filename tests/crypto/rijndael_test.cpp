@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "crypto/cipher_self_test.h"
 #include "support/test_files.h"
 
 namespace keeper::rijndael {
@@ -159,6 +160,10 @@ TEST_P(RijndaelPath, AllPairsInvertAndHaveTheirRounds) {
             EXPECT_TRUE(run(*GetParam(), key, true, cipher) == plain);
         }
     }
+}
+
+TEST(CipherSelfTest, PassesHere) {
+    EXPECT_TRUE(cipherSelfTest());
 }
 
 /// Counts around the widths of the kernels, at addresses of every kind, and nothing beside the
