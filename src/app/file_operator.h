@@ -23,7 +23,8 @@ class PrivateFolderOwner {
 };
 
 /// Services around paths and files. Paths that are stored in the database are kept in a reduced
-/// form, without what differs from machine to machine; docs/file-format.md, "Paths", has the rules.
+/// form, without what differs from machine to machine; docs/registry-format.md, "Paths", has the
+/// rules.
 class FileOperator {
   public:
     FileOperator(const UserFolders& folders, const Clock& clock, Prompt& prompt,

@@ -39,7 +39,7 @@ class RegistryImage {
     [[nodiscard]] QStringList valueNames(const QString& path) const;
 
     /// The bytes of the registry file: a head line with format, length and CRC-32 of the body, then
-    /// the body. Described in docs/file-format.md.
+    /// the body. Described in docs/registry-format.md.
     [[nodiscard]] QByteArray toBytes() const;
     /// Accepts exactly what toBytes() can make, so that a fault in a single bit is noticed. On a
     /// fault the image is empty.
