@@ -7,6 +7,7 @@
 #include <QString>
 #include <cstdint>
 #include <stdexcept>
+#include <string_view>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -130,6 +131,8 @@ class Statement {
     [[nodiscard]] bool isNull(int column) const;
     /// Null reads as the empty text, 0, false and the invalid date.
     [[nodiscard]] QString text(int column) const;
+    /// The text as UTF-8, valid until the next step; empty for null.
+    [[nodiscard]] std::string_view utf8(int column) const;
     [[nodiscard]] std::int64_t integer(int column) const;
     [[nodiscard]] bool flag(int column) const { return integer(column) != 0; }
     [[nodiscard]] QDateTime dateTime(int column) const;

@@ -150,6 +150,15 @@ QString Statement::text(int column) const {
                                                 sqlite3_column_bytes(m_statement, column));
 }
 
+std::string_view Statement::utf8(int column) const {
+    const auto* bytes = sqlite3_column_text(m_statement, column);
+    return bytes == nullptr
+               ? std::string_view()
+               : std::string_view(
+                     reinterpret_cast<const char*>(bytes),
+                     static_cast<std::size_t>(sqlite3_column_bytes(m_statement, column)));
+}
+
 std::int64_t Statement::integer(int column) const {
     return sqlite3_column_int64(m_statement, column);
 }

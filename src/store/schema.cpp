@@ -57,6 +57,7 @@ CREATE TABLE tb_Entry(
   modPwdDays INTEGER NOT NULL CHECK($int16(modPwdDays)),
   PRIMARY KEY(dirPath,entNo)
 );
+CREATE INDEX ix_Entry_tree ON tb_Entry(dirPath,entNo,Title,Bookmark);
 CREATE INDEX ix_Entry_pwdName ON tb_Entry(pwdName);
 CREATE INDEX ix_Entry_recentUpdate ON tb_Entry(recentUpdate);
 CREATE INDEX ix_Entry_reminder ON tb_Entry(recentModPwd) WHERE modPwdDays<>0;
