@@ -3,23 +3,14 @@
 
 #include "store/entry.h"
 
-#include "crypto/secure_wipe.h"
 #include "store/numbering.h"
 
 namespace keeper {
-
-Entry::~Entry() {
-    secureWipe(m_customPwd);
-}
 
 void Entry::p_No(const QString& wholeNumber) {
     const EntryNo number = EntryNo::split(wholeNumber);
     m_dirPath = number.dirPath;
     m_entNo = number.entNo;
-}
-
-NetEntry::~NetEntry() {
-    secureWipe(m_customNum);
 }
 
 }  // namespace keeper

@@ -7,6 +7,8 @@
 #include <QString>
 #include <cstdint>
 
+#include "crypto/secure_wipe.h"
+
 namespace keeper {
 
 /// The fields that entries of all kinds share. Secrets are plain in memory and wiped at the end.
@@ -35,7 +37,7 @@ class Entry {
     Entry(Entry&&) noexcept = default;
     Entry& operator=(const Entry&) = default;
     Entry& operator=(Entry&&) noexcept = default;
-    ~Entry();
+    ~Entry() { secureWipe(m_customPwd); }
 
     /// Takes the thirteen common fields from an entry of any kind.
     Entry& Copy(const Entry& other) { return *this = other; }
@@ -58,7 +60,7 @@ class NetEntry : public Entry {
     NetEntry(NetEntry&&) noexcept = default;
     NetEntry& operator=(const NetEntry&) = default;
     NetEntry& operator=(NetEntry&&) noexcept = default;
-    ~NetEntry();
+    ~NetEntry() { secureWipe(m_customNum); }
 };
 
 class Web : public NetEntry {
