@@ -105,12 +105,20 @@ Settings::Settings(Database& database, Prompt& prompt, const Clock& clock)
 
 bool Settings::ReadDB(QString& message) {
     message.clear();
+    m_isUnreadable = false;
     return guardedRun(m_prompt, QStringLiteral("cSystem.ReadDB"), [&] {
         try {
             Tables fresh;
             forEachTable(
                 fresh, [&](const char* table, auto& rows) { readTable(m_database, table, rows); });
             m_rows = fresh;
+        } catch (const DatabaseError& error) {
+            // The engine's generic error is what a missing table or column gives.
+            constexpr int kPrimaryCode = 0xFF;
+            constexpr int kGenericError = 1;
+            m_isUnreadable = (error.number() & kPrimaryCode) != kGenericError;
+            message = error.description();
+            throw;
         } catch (...) {
             message = currentFailure().description;
             throw;

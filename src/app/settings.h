@@ -39,6 +39,10 @@ class Settings {
     /// `message` tells why, and the rows in memory stay as they were. Surplus rows are not looked
     /// at.
     bool ReadDB(QString& message);
+    /// After a false ReadDB(): true when the engine could not get at the data (input and output, a
+    /// lock, memory, a damaged page), false when the database reads well but lacks what it must
+    /// hold. Only the latter is a fault of the database.
+    [[nodiscard]] bool p_isUnreadable() const { return m_isUnreadable; }
     /// Writes all rows in one transaction: into the empty tables of a new database, or over the
     /// rows that stand. A failure is shown and changes nothing.
     bool WriteDB(bool isNew);
@@ -252,6 +256,7 @@ class Settings {
     void p_idpPwdChances1(std::int16_t value) { m_idpPwdChances1 = value; }
 
   private:
+    bool m_isUnreadable = false;
     struct Tables {
         SettingRows<bool, 25> booleans;
         SettingRows<std::uint8_t, 15> bytes;

@@ -1,0 +1,304 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "desktop_program.h"
+
+#include <QDesktopServices>
+#include <QTimer>
+#include <QUrl>
+
+#include "app/destruction.h"
+#include "app/file_operator.h"
+#include "app/program_info.h"
+#include "app/regedit.h"
+#include "app/registry_store.h"
+#include "app/session_flow.h"
+#include "app/system.h"
+#include "app/users.h"
+#include "crypto/cryptor3.h"
+#include "guard/login.h"
+#include "guard/os_info.h"
+#include "guard/session_connect.h"
+#include "guard/store_upgrades.h"
+#include "guard/sw_protect.h"
+#include "guard/wizard.h"
+#include "platform/autostart.h"
+#include "platform/database.h"
+#include "platform/linux/desktop_appearance.h"
+#include "platform/linux/desktop_notification.h"
+#include "platform/linux/linux_machine.h"
+#include "platform/linux/linux_session_watch.h"
+#include "platform/linux/linux_single_instance.h"
+#include "platform/linux/x11_keyboard_state.h"
+#include "platform/random.h"
+#include "store/column_cipher.h"
+#include "store/companions.h"
+#include "store/cryptor_host_adapter.h"
+#include "store/entries.h"
+#include "store/sealed_database.h"
+#include "store/sys_logs.h"
+#include "store/time_text.h"
+#include "ui/frm_main.h"
+#include "ui/ports/qt_clipboard.h"
+#include "ui/ports/qt_event_loop.h"
+#include "ui/ports/qt_prompt.h"
+#include "ui/ports/qt_tray.h"
+#include "ui/session_windows.h"
+#include "ui/theme/icons.h"
+#include "ui/theme/theme.h"
+#include "workspace/session_end.h"
+
+namespace keeper {
+namespace {
+
+/// Column encryption as the settings tell it. The password is kept by the gate that verified it.
+class SettingsColumnKey final : public ColumnKey {
+  public:
+    explicit SettingsColumnKey(const System& system) : m_system(system) {}
+    [[nodiscard]] bool p_idpPwdSwitch() const override {
+        return m_system.settings().p_idpPwdSwitch();
+    }
+    [[nodiscard]] QString p_plainIdpPwd() const override { return {}; }
+
+  private:
+    const System& m_system;
+};
+
+// Keys of the tray's menu.
+const QString kShowMain = QStringLiteral("mn_trayMainInterface");
+const QString kExit = QStringLiteral("mn_trayExit");
+
+}  // namespace
+
+struct DesktopProgram::Graph {
+    explicit Graph(QApplication& application);
+
+    [[nodiscard]] StartChecks startChecks();
+    [[nodiscard]] Login::Ports loginPorts();
+    [[nodiscard]] SessionEnd::Ports sessionEndPorts();
+    void connectSession();
+    void startSession();
+    void endSession(CloseReason reason);
+    void tellRunTime();
+
+    UserFolders folders = UserFolders::ofSystem();
+    DesktopAppearance appearance;
+    Theme theme;
+    SystemClock clock;
+    SystemRandom random;
+    QtPrompt prompt;
+    QtEventLoop eventLoop;
+    QtClipboard clipboard;
+    QtTray tray;
+    X11KeyboardState keyboard;
+    LinuxSingleInstance instance;
+    LinuxSessionWatch sessionWatch;
+    LinuxMachine machine;
+    XdgAutostart autostart;
+    PromptCryptorHost cryptorHost;
+
+    RegistryStore registryStore;
+    Regedit regedit;
+    Users users;
+    Database connection;
+    System system;
+    Cryptor3 fileCipher;
+    ConnectingWindow connecting;
+    SealedDatabase sealed;
+    FileOperator files;
+    Destruction destruction;
+
+    SettingsColumnKey columnKey;
+    Cryptor3 columnCryptor;
+    ColumnCipher columns;
+    StoreContext store;
+    SysLogs logs;
+    Entries entries;
+    Prgs programs;
+    Fils fils;
+
+    OSInfo osInfo;
+    StoreUpgrades upgrades;
+    SWProtect guard;
+    SessionConnect road;
+    Login login;
+    Wizard wizard;
+
+    frmMain mainWindow;
+    SessionWindows windows;
+    SessionEnd sessionEnd;
+    QTimer tmrRunTime;
+};
+
+DesktopProgram::Graph::Graph(QApplication& application)
+    : appearance(folders.configuration),
+      theme(application, appearance),
+      tray(notifyDesktop),
+      instance(LinuxSingleInstance::defaultFolder(folders.configuration)),
+      machine(LinuxMachine::systemSources(folders.registry())),
+      autostart(folders, QApplication::applicationFilePath()),
+      cryptorHost(prompt, eventLoop),
+      registryStore(folders.registry(), clock),
+      regedit(registryStore, folders),
+      users({regedit, autostart, random, prompt}, eventLoop),
+      system(connection, prompt, clock),
+      fileCipher(cryptorHost),
+      sealed(system, fileCipher, connection, prompt, random, connecting,
+             folders.state + QStringLiteral("/morvane-keeper")),
+      files(folders, clock, prompt, system),
+      destruction(folders, users, prompt),
+      columnKey(system),
+      columnCryptor(cryptorHost),
+      columns(columnKey, columnCryptor),
+      store{connection, prompt, clock, columns},
+      logs(store),
+      entries(store),
+      programs(store, entries),
+      fils(store, entries),
+      osInfo(machine, prompt),
+      upgrades(entries, programs, system.settings()),
+      guard({connection, clock, random, prompt, osInfo, upgrades}, programVersion()),
+      road({prompt, clock, system, connection, sealed, guard, logs, users, osInfo, connecting,
+            destruction}),
+      login(loginPorts()),
+      wizard({prompt, clock, random, system, sealed, guard, fils, users, regedit}),
+      windows(login, wizard, keyboard, mainWindow),
+      sessionEnd(sessionEndPorts()) {
+    system.attach(sealed);
+    tmrRunTime.setInterval(1000);
+    connectSession();
+}
+
+StartChecks DesktopProgram::Graph::startChecks() {
+    StartChecks checks;
+    checks.claimInstance = [this] {
+        if (instance.acquire() == SingleInstance::Outcome::Holder) {
+            return true;
+        }
+        instance.askHolder(QApplication::arguments().value(1));
+        return false;
+    };
+    checks.initializeSystemInfo = [this] { return osInfo.Initialize(); };
+    checks.selfTest = [] { return QString(); };
+    checks.initUsers = [this] {
+        users.InitUsers();
+        destruction.finishInterrupted();
+    };
+    return checks;
+}
+
+Login::Ports DesktopProgram::Graph::loginPorts() {
+    return {prompt,
+            clock,
+            users,
+            files,
+            regedit,
+            [this] { return keyboard.capsLock(); },
+            [] { QApplication::beep(); },
+            [](const QString& folder) { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); },
+            {},
+            [this](const std::shared_ptr<User>& user) { system.setUser(user); }};
+}
+
+SessionEnd::Ports DesktopProgram::Graph::sessionEndPorts() {
+    return {prompt,
+            clock,
+            system,
+            sealed,
+            logs,
+            files,
+            [this] { mainWindow.hide(); },
+            [this](const QString& title, const QString& text) { tray.showBalloon(text, title); },
+            [] { return false; },
+            [] {},
+            [this] { clipboard.clear(); },
+            [] {},
+            [this] { tmrRunTime.stop(); },
+            [this] { tray.setVisible(false); }};
+}
+
+void DesktopProgram::Graph::connectSession() {
+    QObject::connect(&tmrRunTime, &QTimer::timeout, &mainWindow, [this] {
+        sessionEnd.tick();
+        tellRunTime();
+    });
+    QObject::connect(&instance, &SingleInstance::raiseRequested, &mainWindow, [this] {
+        if (mainWindow.isVisible() || system.p_isLogouted()) {
+            mainWindow.bringToFront();
+        } else if (QWidget* window = QApplication::activeModalWidget()) {
+            window->raise();
+            window->activateWindow();
+        } else if (tmrRunTime.isActive()) {
+            mainWindow.bringToFront();
+        }
+    });
+    QObject::connect(&sessionWatch, &SessionWatch::ending, &mainWindow, [this] {
+        if (tmrRunTime.isActive()) {
+            endSession(CloseReason::SessionEnds);
+        } else {
+            QApplication::exit(0);
+        }
+    });
+    QObject::connect(&tray, &Tray::clicked, &mainWindow, [this] { mainWindow.bringToFront(); });
+    QObject::connect(&tray, &Tray::itemChosen, &mainWindow, [this](const QString& key) {
+        if (key == kShowMain) {
+            mainWindow.bringToFront();
+        } else if (key == kExit) {
+            endSession(CloseReason::Program);
+        }
+    });
+    mainWindow.setCloseJudge([this](frmMain::CloseSource source) {
+        const bool isClosing = sessionEnd.requestClose(
+            source == frmMain::CloseSource::Person ? CloseReason::User : CloseReason::Program,
+            AutoExit::None);
+        if (isClosing) {
+            QApplication::quit();
+        }
+        return isClosing;
+    });
+}
+
+void DesktopProgram::Graph::startSession() {
+    mainWindow.SetCaption(system.p_userName());
+    StatusPanels& panels = mainWindow.statusPanels();
+    panels.setPanel(StatusPanel::DeadCount,
+                    QStringLiteral("分机存活期：%1天").arg(guard.deadCount()));
+    panels.setPanel(StatusPanel::Operation, QStringLiteral("浏览查找"));
+    tray.setMenu(
+        {{kShowMain, QStringLiteral("主界面")}, {{}, {}}, {kExit, QStringLiteral("退出")}});
+    tray.setToolTip(system.p_userName() + QStringLiteral(" - ") + programTitle());
+    tray.setVisible(true);
+    tmrRunTime.start();
+    tellRunTime();
+}
+
+void DesktopProgram::Graph::endSession(CloseReason reason) {
+    if (sessionEnd.requestClose(reason, AutoExit::None)) {
+        QApplication::quit();
+    }
+}
+
+void DesktopProgram::Graph::tellRunTime() {
+    mainWindow.statusPanels().setPanel(
+        StatusPanel::RunTime, Time::ShowTime(sessionEnd.runSeconds(), Time::Style::Colons));
+}
+
+DesktopProgram::DesktopProgram(QApplication& application)
+    : m_graph(std::make_unique<Graph>(application)) {}
+
+DesktopProgram::~DesktopProgram() = default;
+
+int DesktopProgram::run(const QString& commandLine) {
+    // The session decides when the program ends: the login form closes before the main one opens.
+    QApplication::setQuitOnLastWindowClosed(false);
+    m_graph->sessionWatch.start();
+    Main main(m_graph->prompt, m_graph->windows, m_graph->road, m_graph->startChecks());
+    if (!main.run(commandLine)) {
+        return 0;
+    }
+    m_graph->startSession();
+    m_graph->appearance.watch();
+    return QApplication::exec();
+}
+
+}  // namespace keeper

@@ -1,0 +1,429 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "guard/login.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <QFileInfo>
+#include <cerrno>
+#include <utility>
+
+#include "app/file_operator.h"
+#include "app/private_folder.h"
+#include "app/regedit.h"
+#include "app/user.h"
+#include "app/users.h"
+#include "crypto/secure_wipe.h"
+#include "platform/clock.h"
+#include "platform/prompt.h"
+#include "platform/unique_fd.h"
+#include "store/failure.h"
+#include "store/time_text.h"
+
+namespace keeper {
+namespace {
+
+constexpr qint64 kBanSeconds = 86'400;
+const QString kExtension = QStringLiteral(".kvdb");
+
+/// Whether another program holds a lock on the file. A file that cannot be opened at all counts as
+/// held, as nothing could be unsealed from it either.
+bool isHeldByAnother(const QString& path) {
+    const UniqueFd file(::open(path.toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC));
+    return !file.isValid() || ::flock(file.get(), LOCK_EX | LOCK_NB) != 0;
+}
+
+}  // namespace
+
+Login::Login(Ports ports) : m_ports(std::move(ports)) {}
+
+Login::~Login() {
+    secureWipe(m_mirror);
+}
+
+void Login::load() {
+    m_isClosed = false;
+    m_isActivated = false;
+    m_resultValue = Result::End;
+    m_user = nullptr;
+    m_state = LoginState();
+    m_state.userNames = m_ports.users.names();
+    InitUserInterface(0);
+}
+
+Login::Focus Login::activate() {
+    if (std::exchange(m_isActivated, true)) {
+        return Focus::Key;
+    }
+    takeStartFolder();
+    if (m_state.userNames.isEmpty()) {
+        InitUserInterface(0);
+        return Focus::Key;
+    }
+    if (m_state.currentUser < 0) {
+        const auto last = m_state.userNames.indexOf(m_ports.users.p_defaultUserName());
+        selectUser(static_cast<int>(qMax(qsizetype{0}, last)));
+    }
+    if (m_user->p_autoLogin()) {
+        OnLoginClicked();
+    } else if (m_user->p_fingerprint() && m_ports.verifyFingerprint) {
+        if (LoginThroughFingerprint()) {
+            OnLoginClicked();
+        }
+    } else if (m_ports.isCapsLockOn && m_ports.isCapsLockOn()) {
+        m_ports.prompt.messageBox(QStringLiteral("注意：大写锁定已打开！"),
+                                  Prompt::Icon::Exclamation);
+    }
+    return m_user != nullptr && m_user->p_remLgnKey() ? Focus::RememberKey : Focus::Key;
+}
+
+void Login::takeStartFolder() {
+    if (m_startFolder.isEmpty()) {
+        return;
+    }
+    const QString folder = std::exchange(m_startFolder, QString());
+    const QString name = FileOperator::GetUserNameByPath(folder);
+    if (name.isEmpty() || !QFileInfo(folder).isDir()) {
+        m_ports.prompt.messageBox(QStringLiteral("用户【%1】不存在。").arg(name),
+                                  Prompt::Icon::Exclamation);
+        return;
+    }
+    selectUser(userAt(name, folder));
+}
+
+int Login::userAt(const QString& name, const QString& folder) {
+    std::shared_ptr<User> user = m_ports.users.GetUser(name);
+    if (user == nullptr) {
+        // Known for this run only: its record is written once a login has succeeded.
+        user = m_ports.users.makeUser();
+        user->p_privateFolder(folder);
+        m_ports.users.AddNewUser(user);
+    } else {
+        user->p_privateFolder(folder);
+    }
+    if (!m_state.userNames.contains(name)) {
+        m_state.userNames << name;
+    }
+    return static_cast<int>(m_state.userNames.indexOf(name));
+}
+
+void Login::selectUser(int index) {
+    if (index < 0 || index >= m_state.userNames.size()) {
+        return;
+    }
+    m_state.currentUser = index;
+    m_user = m_ports.users.GetUser(m_state.userNames.at(index));
+    InitUserInterface(1);
+}
+
+void Login::InitUserInterface(int state) {
+    m_state.hasUser = state == 1 && m_user != nullptr;
+    m_state.okCaption = m_state.hasUser ? QStringLiteral("登 录") : QStringLiteral("新 建");
+    m_state.autoLogin = m_state.hasUser && m_user->p_autoLogin();
+    m_state.remLgnKey = m_state.hasUser && m_user->p_remLgnKey();
+    secureWipe(m_mirror);
+    m_state.keyText = m_state.remLgnKey ? QStringLiteral("*") : QString();
+    m_state.keyToolTip = m_state.hasUser ? m_user->p_lgnKeyTip() : QString();
+    m_state.chancesText.clear();
+    m_state.chancesTone = LoginState::Tone::Normal;
+    showPath();
+    if (m_state.hasUser && !IsBanned()) {
+        ShowChances();
+    }
+    notify();
+}
+
+void Login::showPath() {
+    m_state.isPathShown = m_state.hasUser && !m_user->p_hideDBPath();
+    m_state.pathText = m_state.isPathShown ? m_user->p_kvdbFile() : QString();
+    m_state.isPathMissing = m_state.isPathShown && !QFileInfo(m_state.pathText).isFile();
+    m_state.pathToolTip = m_state.isPathMissing ? QStringLiteral("密码数据库不存在")
+                                                : QStringLiteral("点击定位私人文件夹");
+}
+
+void Login::openPath() {
+    if (m_state.isPathShown && !m_state.isPathMissing) {
+        m_ports.openFolder(m_user->p_privateFolder());
+    }
+}
+
+void Login::setKeyText(const QString& text) {
+    secureWipe(m_mirror);
+    // A copy of our own: the box wipes and changes its buffer.
+    m_mirror = QString(text.constData(), text.size());
+    m_state.keyText.clear();
+}
+
+void Login::setAutoLogin(bool isOn) {
+    m_state.autoLogin = isOn;
+    m_state.remLgnKey = m_state.remLgnKey || isOn;
+    notify();
+}
+
+void Login::setRemLgnKey(bool isOn) {
+    m_state.remLgnKey = isOn;
+    m_state.autoLogin = m_state.autoLogin && isOn;
+    notify();
+}
+
+void Login::OnLoginClicked() {
+    if (m_state.userNames.isEmpty()) {
+        close(Result::Wizard);
+        return;
+    }
+    // The second in which a ban begins does not yet count as banned; without attempts left there is
+    // nothing to try in it either.
+    if (IsBanned() || attemptsAreUsedUp()) {
+        notify();
+        return;
+    }
+    if (!CheckValid()) {
+        return;
+    }
+    if (VerifyTypedKey()) {
+        m_user->p_autoLogin(m_state.autoLogin);
+        m_user->p_remLgnKey(m_state.remLgnKey);
+        if (m_state.autoLogin) {
+            m_user->p_fingerprint(false);
+        }
+        m_ports.beginSession(m_user);
+        close(Result::LogIn);
+        return;
+    }
+    CountFailedAttempt();
+    const auto answer =
+        m_ports.prompt.messageBox(QStringLiteral("登录密钥错误！是否再试一次？"),
+                                  Prompt::Icon::Exclamation, Prompt::Buttons::YesNo);
+    if (answer != Prompt::Answer::Yes) {
+        close(Result::End);
+        return;
+    }
+    secureWipe(m_mirror);
+    m_state.keyText.clear();
+    m_state.keyToolTip.clear();
+    ShowChances();
+    notify();
+}
+
+bool Login::VerifyTypedKey() {
+    if (m_user->p_remLgnKey()) {
+        return true;
+    }
+    if (!m_user->p_hashLgnKey().isEmpty() && !m_user->CheckLgnKey(m_mirror)) {
+        return false;
+    }
+    // Without a hash this machine has never seen the database: the unsealing is the test.
+    m_user->p_plainLgnKey(m_mirror);
+    return true;
+}
+
+bool Login::CheckValid() {
+    const auto refuse = [this](const QString& text) {
+        m_ports.prompt.messageBox(text, Prompt::Icon::Exclamation);
+        return false;
+    };
+    return guarded(
+        m_ports.prompt, QStringLiteral("frmLogin.CheckValid"), false,
+        [&] {
+            const QString path = m_user->p_kvdbFile();
+            if (!QFileInfo(path).isFile()) {
+                return refuse(QStringLiteral("密码数据库不存在！"));
+            }
+            if (!path.endsWith(kExtension)) {
+                return refuse(QStringLiteral("数据库类型不合法！"));
+            }
+            if (m_mirror.isEmpty() && m_state.keyText.isEmpty()) {
+                return refuse(QStringLiteral("您忘记输入密钥了！"));
+            }
+            if (isHeldByAnother(path)) {
+                return refuse(QStringLiteral("[%1]:该密码数据库已被占用！").arg(path));
+            }
+            return true;
+        },
+        Prompt::Icon::Exclamation);
+}
+
+bool Login::ShowChances() {
+    const int remaining = m_user->p_remainedTimes();
+    if (remaining >= 4) {
+        ShowMessage(QStringLiteral("您有%1次登录尝试机会").arg(remaining),
+                    LoginState::Tone::Normal);
+        return true;
+    }
+    if (remaining >= 1) {
+        ShowMessage(QStringLiteral("您还有%1次登录尝试机会").arg(remaining),
+                    LoginState::Tone::Warning);
+        return true;
+    }
+    if (IsBanned() || attemptsAreUsedUp()) {
+        return false;
+    }
+    m_user->p_usedTimes(0);
+    return ShowChances();
+}
+
+bool Login::IsBanned() {
+    if (m_user == nullptr || !m_user->p_attackTime().isValid()) {
+        return false;
+    }
+    const qint64 seconds = m_user->p_attackTime().secsTo(m_ports.clock.now());
+    if (seconds < 0) {
+        ShowMessage(QStringLiteral("操作系统日期时间有误！"), LoginState::Tone::Refused);
+        return true;
+    }
+    if (seconds >= 1 && seconds <= kBanSeconds) {
+        ShowMessage(QStringLiteral("请 %1 后再试").arg(Time::ShowTime(kBanSeconds - seconds)),
+                    LoginState::Tone::Refused);
+        return true;
+    }
+    return false;
+}
+
+bool Login::attemptsAreUsedUp() const {
+    return m_user->p_remainedTimes() < 1 && m_user->p_attackTime().isValid() &&
+           m_user->p_attackTime().secsTo(m_ports.clock.now()) <= kBanSeconds;
+}
+
+void Login::CountFailedAttempt() {
+    if (m_user->p_remainedTimes() > 0) {
+        m_user->p_usedTimes(static_cast<std::int16_t>(m_user->p_usedTimes() + 1));
+        if (m_user->p_remainedTimes() < 1) {
+            m_user->p_attackTime(m_ports.clock.now());
+        }
+    }
+    m_user->WriteRegistry();
+}
+
+void Login::tick() {
+    if (m_state.hasUser && m_state.chancesTone == LoginState::Tone::Refused) {
+        if (!IsBanned()) {
+            ShowChances();
+        }
+        notify();
+    }
+}
+
+bool Login::LoginThroughFingerprint() {
+    return guarded(
+        m_ports.prompt, QStringLiteral("frmLogin.LoginThroughFingerprint"), false,
+        [&] {
+            QString key;
+            const WipeGuard wipe(key);
+            QString userName = m_user->p_userName();
+            if (!m_ports.verifyFingerprint(userName, key)) {
+                return false;
+            }
+            if (userName != m_state.userNames.value(m_state.currentUser)) {
+                m_ports.prompt.messageBox(QStringLiteral("用户名错误！"),
+                                          Prompt::Icon::Exclamation);
+                return false;
+            }
+            setKeyText(key);
+            m_state.keyText = QString(key.size(), QLatin1Char('*'));
+            notify();
+            return true;
+        },
+        Prompt::Icon::Exclamation);
+}
+
+void Login::cmdNewBuild() {
+    close(Result::Wizard);
+}
+
+void Login::cmdCancel() {
+    close(Result::End);
+}
+
+void Login::cmdOpen() {
+    const QString filter = QStringLiteral("密码数据库(*%1)|*%1").arg(kExtension);
+    const QString path =
+        m_ports.files.FileDialog(false, QString(), m_ports.registry.p_defPrivateFolders(), filter);
+    if (path.isEmpty()) {
+        return;
+    }
+    const QFileInfo file(path);
+    const QString folder = file.absolutePath();
+    const QString name = file.completeBaseName();
+    if (QFileInfo(folder).fileName() != privatefolder::prefix() + name) {
+        m_ports.prompt.messageBox(
+            QStringLiteral("密码数据库未有正确处于前缀名为“%1”的私人文件夹中，不能登录！")
+                .arg(privatefolder::prefix()),
+            Prompt::Icon::Exclamation);
+        return;
+    }
+    selectUser(userAt(name, folder));
+}
+
+void Login::cmdRemove() {
+    if (m_user == nullptr) {
+        return;
+    }
+    (void)guardedRun(
+        m_ports.prompt, QStringLiteral("frmLogin.cmdRemove_Click"),
+        [&] {
+            const QString folder = m_user->p_privateFolder();
+            bool deletesFolder = false;
+            m_ports.beep();
+            if (m_user->p_hideDBPath() || !QFileInfo(folder).isDir()) {
+                if (m_ports.prompt.messageBox(QStringLiteral("您真的要移除此用户吗？"),
+                                              Prompt::Icon::Question,
+                                              Prompt::Buttons::YesNo) != Prompt::Answer::Yes) {
+                    return;
+                }
+            } else {
+                const auto answer = m_ports.prompt.messageBox(
+                    QStringLiteral(
+                        "即将移除此用户。\r\n检测到私人文件夹存在，您需要连带删除它吗？"),
+                    Prompt::Icon::Question, Prompt::Buttons::YesNoCancel);
+                if (answer == Prompt::Answer::Cancel) {
+                    return;
+                }
+                deletesFolder = answer == Prompt::Answer::Yes;
+            }
+            if (deletesFolder) {
+                privatefolder::destroy(folder);
+            }
+            DeleteUser();
+        },
+        Prompt::Icon::Exclamation);
+}
+
+void Login::DeleteUser() {
+    (void)guardedRun(
+        m_ports.prompt, QStringLiteral("frmLogin.DeleteUser"),
+        [&] {
+            const int index = m_state.currentUser;
+            m_ports.users.DeleteUser(m_state.userNames.at(index));
+            m_ports.users.RemoveUser(std::exchange(m_user, nullptr));
+            m_state.userNames.removeAt(index);
+            m_state.currentUser = -1;
+            if (m_state.userNames.isEmpty()) {
+                InitUserInterface(0);
+            } else {
+                selectUser(qMin(index, static_cast<int>(m_state.userNames.size()) - 1));
+            }
+        },
+        Prompt::Icon::Exclamation);
+}
+
+void Login::ShowMessage(const QString& text, LoginState::Tone tone) {
+    m_state.chancesText = text;
+    m_state.chancesTone = tone;
+}
+
+void Login::close(Result result) {
+    m_resultValue = result;
+    m_isClosed = true;
+    secureWipe(m_mirror);
+    notify();
+}
+
+void Login::notify() {
+    if (changed) {
+        changed();
+    }
+}
+
+}  // namespace keeper

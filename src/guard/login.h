@@ -1,0 +1,137 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include <memory>
+
+#include "app/session_forms.h"
+
+namespace keeper {
+
+class Clock;
+class FileOperator;
+class Prompt;
+class Regedit;
+class User;
+class Users;
+
+/// Everything that the login form shows, as one value.
+struct LoginState {
+    enum class Tone { Normal, Warning, Refused };
+
+    QStringList userNames;
+    int currentUser = -1;
+    bool hasUser = false;
+    /// "登 录", or "新 建" while there is no user.
+    QString okCaption;
+    bool autoLogin = false;
+    bool remLgnKey = false;
+    /// What the key box shows: empty, or blind characters for a key that nobody typed.
+    QString keyText;
+    QString keyToolTip;
+    bool isPathShown = false;
+    bool isPathMissing = false;
+    QString pathText;
+    QString pathToolTip;
+    QString chancesText;
+    Tone chancesTone = Tone::Normal;
+};
+
+/// The rules of the login form: picks the user, takes the key, counts failed attempts and applies
+/// the ban of 24 hours. It never opens a database; its result is a user whose key passed the check.
+///
+/// The widget calls the operations and shows state() after each `changed`.
+class Login {
+  public:
+    using Result = SessionForms::LoginResult;
+    enum class Focus { Key, RememberKey };
+
+    struct Ports {
+        Prompt& prompt;
+        Clock& clock;
+        Users& users;
+        FileOperator& files;
+        Regedit& registry;
+        std::function<bool()> isCapsLockOn;
+        std::function<void()> beep;
+        /// Opens a folder in the desktop's file manager.
+        std::function<void(const QString&)> openFolder;
+        /// The fingerprint dialog; hands back the key of the verified user. Empty where the machine
+        /// has no reader.
+        std::function<bool(const QString& userName, QString& key)> verifyFingerprint;
+        /// Makes `user` the user of the session.
+        std::function<void(const std::shared_ptr<User>&)> beginSession;
+    };
+
+    explicit Login(Ports ports);
+    ~Login();
+    Login(const Login&) = delete;
+    Login& operator=(const Login&) = delete;
+
+    /// Folder of the database that the command line named; used once.
+    void setStartFolder(const QString& folder) { m_startFolder = folder; }
+    /// A new showing of the form: users are read into the list and the first one selected.
+    void load();
+    /// After the form is visible; may log in by itself. Returns where the focus belongs.
+    Focus activate();
+
+    [[nodiscard]] const LoginState& state() const { return m_state; }
+    [[nodiscard]] Result m_result() const { return m_resultValue; }
+    [[nodiscard]] bool isClosed() const { return m_isClosed; }
+    /// Whether the box holds what the person typed, which a new state must not overwrite.
+    [[nodiscard]] bool hasTypedKey() const {
+        return !m_mirror.isEmpty() && m_state.keyText.isEmpty();
+    }
+
+    void selectUser(int index);
+    void InitUserInterface(int state);
+    /// Every change of the key box by the user.
+    void setKeyText(const QString& text);
+    void setAutoLogin(bool isOn);
+    void setRemLgnKey(bool isOn);
+    void OnLoginClicked();
+    void cmdNewBuild();
+    void cmdOpen();
+    void cmdRemove();
+    void cmdCancel();
+    void openPath();
+    bool LoginThroughFingerprint();
+    /// Once a second while the form is up, so that the time left of a ban counts down.
+    void tick();
+
+    bool CheckValid();
+    bool VerifyTypedKey();
+    bool IsBanned();
+    bool ShowChances();
+    void CountFailedAttempt();
+    void DeleteUser();
+
+    /// state() has changed, or the form is to close.
+    std::function<void()> changed;
+
+  private:
+    void close(Result result);
+    void notify();
+    void ShowMessage(const QString& text, LoginState::Tone tone);
+    [[nodiscard]] bool attemptsAreUsedUp() const;
+    void takeStartFolder();
+    /// Row of the user of that name, who is added for this run when this machine does not know it.
+    int userAt(const QString& name, const QString& folder);
+    void showPath();
+
+    Ports m_ports;
+    LoginState m_state;
+    QString m_startFolder;
+    /// The key as typed, beside a box that may show blind characters.
+    QString m_mirror;
+    std::shared_ptr<User> m_user;
+    Result m_resultValue = Result::End;
+    bool m_isClosed = false;
+    bool m_isActivated = false;
+};
+
+}  // namespace keeper

@@ -1,0 +1,306 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "guard/session_connect.h"
+
+#include <QFileInfo>
+#include <QLocale>
+
+#include "app/destruction.h"
+#include "app/settings.h"
+#include "app/system.h"
+#include "app/users.h"
+#include "crypto/secure_wipe.h"
+#include "guard/os_info.h"
+#include "guard/sw_protect.h"
+#include "platform/clock.h"
+#include "platform/database.h"
+#include "platform/prompt.h"
+#include "store/connecting_display.h"
+#include "store/failure.h"
+#include "store/sealed_database.h"
+#include "store/sys_logs.h"
+
+namespace keeper {
+namespace {
+
+// Numbers of the road's own failures; 1, 2, 3, 5 and 6 come from the guard.
+constexpr std::int32_t kDatabaseAbnormal = 4;
+constexpr std::int32_t kWrongKey = 7;
+constexpr std::int32_t kNotConnected = 8;
+
+// Statuses of the system log.
+constexpr int kLifetimeEnded = 1;
+constexpr int kClockSetBack = 2;
+constexpr int kLoggedIn = 3;
+constexpr int kFailedAttempts = 4;
+constexpr int kBanTriggered = 5;
+constexpr int kLoggedInAfterRecovery = 6;
+
+/// What has been told already and ends the login without touching anything.
+struct Told {};
+
+}  // namespace
+
+bool SessionConnect::ConnectDatabase(bool& resumed) {
+    resumed = false;
+    m_keySchemeV2 = false;
+    try {
+        open(resumed);
+        if (!resumed) {
+            m_ports.display.close();
+        }
+        return true;
+    } catch (const Told&) {
+        m_ports.display.close();
+        abandon(resumed);
+    } catch (const KeeperError& error) {
+        handle(error.number(), error.source(), error.description(), resumed);
+    } catch (...) {
+        m_ports.display.close();
+        const Failure failure = currentFailure();
+        m_ports.prompt.messageBox(failureText(failure, QStringLiteral("mMain.ConnectDatabase")),
+                                  Prompt::Icon::Critical, Prompt::Buttons::Ok,
+                                  QStringLiteral("未知错误"));
+        abandon(resumed);
+    }
+    return false;
+}
+
+void SessionConnect::open(bool& resumed) {
+    const QString path = m_ports.system.user().p_activeFile();
+    resumed = !path.isEmpty() && QFileInfo(path).isFile();
+    if (resumed) {
+        resumed = resume(path);
+    }
+    if (!resumed) {
+        unsealAndConnect();
+    }
+    readSettings();
+    judge();
+    upgradeVersion();
+}
+
+bool SessionConnect::resume(const QString& path) {
+    using Trouble = SealedDatabase::Trouble;
+    m_ports.database.GetResumeTempFile(path);
+    QString message;
+    for (const bool scheme : {false, true}) {
+        if (connect(scheme, message)) {
+            m_keySchemeV2 = scheme;
+            return true;
+        }
+        if (m_ports.database.trouble() != Trouble::WrongKey) {
+            break;
+        }
+    }
+    // The only copy of what was written since the last clean exit: it is never deleted. One that
+    // another program holds, or that the system cannot read now, may open at the next login.
+    const Trouble trouble = m_ports.database.trouble();
+    if (trouble != Trouble::WrongKey && trouble != Trouble::Damaged) {
+        throw KeeperError(kNotConnected, QStringLiteral("连接数据库"), message);
+    }
+    const auto answer = m_ports.prompt.messageBox(
+        QStringLiteral("上次异常退出时留下的工作副本无法打开：\r\n%1\r\n%2\r\n"
+                       "是否改用上次正常退出时保存的密码数据库登录？工作副本会原样保留。")
+            .arg(path, message),
+        Prompt::Icon::Critical, Prompt::Buttons::YesNo);
+    m_ports.database.GetResumeTempFile(QString());
+    if (answer != Prompt::Answer::Yes) {
+        throw Told{};
+    }
+    return false;
+}
+
+bool SessionConnect::connect(bool scheme, QString& message) {
+    QString key = m_ports.system.user().p_plainLgnKey();
+    const WipeGuard wipeKey(key);
+    QString password = SealedDatabase::GetAccessDBSec(scheme, key);
+    const WipeGuard wipePassword(password);
+    return m_ports.database.ConnAccess(password, message);
+}
+
+void SessionConnect::unsealAndConnect() {
+    for (const bool scheme : {false, true}) {
+        m_keySchemeV2 = scheme;
+        if (tryScheme(scheme)) {
+            return;
+        }
+    }
+    throw KeeperError(
+        kWrongKey, QStringLiteral("解密失败"),
+        QStringLiteral(
+            "登录密钥错误！\r\n由于您的登录行为异常，本密码数据库及私人文件夹已被紧急销毁。"));
+}
+
+bool SessionConnect::tryScheme(bool scheme) {
+    using Trouble = SealedDatabase::Trouble;
+    const bool isUnsealed = m_ports.database.CryptKVDB(scheme, static_cast<int>(CryptMode::Unseal),
+                                                       /*closeDialog=*/false, QString());
+    if (!isUnsealed) {
+        if (m_ports.database.trouble() != Trouble::WrongKey) {
+            // A disk that fails says nothing about the key; CryptKVDB has told what failed.
+            throw Told{};
+        }
+        return false;
+    }
+    QString message;
+    if (connect(scheme, message)) {
+        return true;
+    }
+    const Trouble trouble = m_ports.database.trouble();
+    if (trouble != Trouble::WrongKey || scheme) {
+        throw KeeperError(kNotConnected, QStringLiteral("连接数据库"), message);
+    }
+    m_ports.database.DiscardWorkingCopy();
+    return false;
+}
+
+void SessionConnect::readSettings() {
+    QString message;
+    if (!m_ports.system.settings().ReadDB(message)) {
+        if (m_ports.system.settings().p_isUnreadable()) {
+            throw Told{};
+        }
+        throw KeeperError(kDatabaseAbnormal, QStringLiteral("数据库异常"), message);
+    }
+    if (!m_ports.guard.ReadDB()) {
+        if (m_ports.guard.p_isUnreadable()) {
+            throw Told{};
+        }
+        throw KeeperError(kDatabaseAbnormal, QStringLiteral("数据库异常"), message);
+    }
+}
+
+void SessionConnect::judge() {
+    const GuardVerdict machine = m_ports.guard.Initialize();
+    if (!machine.ok) {
+        throw KeeperError(machine.errorNumber, QStringLiteral("安全检测"), machine.message);
+    }
+}
+
+void SessionConnect::upgradeVersion() {
+    const GuardVerdict version = m_ports.guard.ExamineDBVersion();
+    if (!version.ok) {
+        throw KeeperError(version.errorNumber, QStringLiteral("数据库版本"), version.message);
+    }
+    if (version.message.isEmpty()) {
+        return;
+    }
+    QString key = m_ports.system.user().p_plainLgnKey();
+    const WipeGuard wipeKey(key);
+    const bool isStamped = m_ports.guard.SetDBVersionAsApp();
+    const bool isRekeyed = m_ports.database.SetLgnKey(m_keySchemeV2, key);
+    if (isStamped && isRekeyed) {
+        m_ports.prompt.messageBox(version.message, Prompt::Icon::Information);
+    }
+}
+
+void SessionConnect::handle(std::int64_t number, const QString& source, const QString& description,
+                            bool resumed) {
+    const QString text =
+        QStringLiteral("[%1]%2:\r\n%3").arg(QString::number(number), source, description);
+    if (!resumed) {
+        m_ports.display.close();
+    }
+    Prompt::Icon icon = Prompt::Icon::Critical;
+    QString title;
+    switch (number) {
+        case GuardVerdict::kExpired:
+            writeLog(kLifetimeEnded, m_ports.machine.addressSign(), m_ports.clock.now());
+            reseal();
+            icon = Prompt::Icon::Exclamation;
+            break;
+        case GuardVerdict::kWrongVersion:
+        case kNotConnected:
+            reseal();
+            icon = Prompt::Icon::Exclamation;
+            break;
+        case GuardVerdict::kClockSetBack:
+            writeLog(kClockSetBack, m_ports.machine.addressSign(), m_ports.clock.now());
+            reseal();
+            break;
+        case kDatabaseAbnormal:
+            condemn(/*deletesFolder=*/false);
+            break;
+        case GuardVerdict::kWrongMachine:
+        case GuardVerdict::kTampered:
+        case kWrongKey:
+            condemn(/*deletesFolder=*/true);
+            break;
+        default:
+            title = QStringLiteral("未知错误");
+            abandon(resumed);
+            break;
+    }
+    const bool isSilent = icon == Prompt::Icon::Exclamation && description.isEmpty();
+    if (!isSilent) {
+        m_ports.prompt.messageBox(text, icon, Prompt::Buttons::Ok, title);
+    }
+}
+
+void SessionConnect::reseal() {
+    (void)m_ports.database.CryptKVDB(m_keySchemeV2, static_cast<int>(CryptMode::Seal),
+                                     /*closeDialog=*/true, QString());
+}
+
+void SessionConnect::abandon(bool resumed) {
+    if (resumed) {
+        m_ports.connection.close();
+        m_ports.database.GetResumeTempFile(QString());
+    } else {
+        m_ports.database.DiscardWorkingCopy();
+    }
+}
+
+void SessionConnect::condemn(bool deletesFolder) {
+    m_ports.destruction.destroy(m_ports.system, deletesFolder);
+}
+
+void SessionConnect::ReportAfterLogin(bool resumed) {
+    User& user = m_ports.system.user();
+    bool reportsLastLogin = m_ports.system.settings().p_loginReport();
+    // The sign of a count tells the kind of the address; an unknown kind must not lose the count.
+    const int sign = m_ports.machine.addressSign() < 0 ? -1 : 1;
+    if (user.p_attackTime().isValid()) {
+        report(writeLog(kBanTriggered, sign * user.p_lgnKeyChances0(), user.p_attackTime()));
+        reportsLastLogin = false;
+    }
+    if (user.p_usedTimes() != user.p_lgnKeyChances0() && user.p_usedTimes() >= 1) {
+        report(writeLog(kFailedAttempts, sign * user.p_usedTimes(), m_ports.clock.now()));
+        reportsLastLogin = false;
+    }
+    if (resumed) {
+        report(QStringLiteral("您的密码数据库曾于 %1 登录后异常退出，现管理器已为您恢复。")
+                   .arg(QLocale().toString(user.p_activeTime(), QLocale::ShortFormat)));
+    } else if (reportsLastLogin) {
+        QString text;
+        const bool isKnown = m_ports.logs.GetLastTime(text);
+        m_ports.prompt.messageBox(text,
+                                  isKnown ? Prompt::Icon::Information : Prompt::Icon::Exclamation);
+    }
+}
+
+void SessionConnect::report(const QString& text) {
+    m_ports.prompt.messageBox(text, Prompt::Icon::Exclamation);
+}
+
+void SessionConnect::RecordLogin(bool resumed) {
+    writeLog(resumed ? kLoggedInAfterRecovery : kLoggedIn, m_ports.machine.addressSign(),
+             m_ports.clock.now());
+    m_ports.users.AddUserAsDefault(m_ports.system.p_userName());
+    m_ports.system.RefreshMyUser();
+    m_ports.system.WriteUser();
+}
+
+QString SessionConnect::writeLog(int statusNo, int count, const QDateTime& time) {
+    SysLog log;
+    log.m_dateTime = time;
+    log.m_statusNo = statusNo;
+    log.m_lCount = count;
+    log.m_Description = m_ports.machine.machineText();
+    m_ports.logs.Add(log);
+    return log.p_Status();
+}
+
+}  // namespace keeper

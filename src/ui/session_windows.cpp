@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "ui/session_windows.h"
+
+#include <QApplication>
+
+#include "guard/login.h"
+#include "guard/wizard.h"
+#include "ui/dlg_connecting.h"
+#include "ui/frm_login.h"
+#include "ui/frm_main.h"
+#include "ui/frm_splash.h"
+#include "ui/frm_wizard.h"
+
+namespace keeper {
+
+ConnectingWindow::ConnectingWindow() = default;
+ConnectingWindow::~ConnectingWindow() = default;
+
+void ConnectingWindow::SetMsg(CryptMode mode) {
+    if (!m_window) {
+        m_window = std::make_unique<dlgConnecting>();
+    }
+    m_window->SetMsg(static_cast<int>(mode));
+    m_window->setPercent(0);
+    m_window->show();
+    // The work that follows holds the one thread: the window must be on the screen before it.
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void ConnectingWindow::setProgress(int percent) {
+    if (m_window) {
+        m_window->setPercent(percent);
+    }
+}
+
+void ConnectingWindow::close() {
+    m_window.reset();
+}
+
+SessionWindows::SessionWindows(Login& login, Wizard& wizard, const KeyboardState& keyboard,
+                               frmMain& mainWindow)
+    : m_login(login), m_wizard(wizard), m_keyboard(keyboard), m_main(mainWindow) {}
+
+SessionWindows::~SessionWindows() = default;
+
+void SessionWindows::showSplash() {
+    m_splash = std::make_unique<frmSplash>();
+    m_splash->show();
+    QApplication::processEvents();
+}
+
+void SessionWindows::closeSplash() {
+    m_splash.reset();
+}
+
+void SessionWindows::setStartFolder(const QString& folder) {
+    m_login.setStartFolder(folder);
+}
+
+SessionForms::LoginResult SessionWindows::showLogin() {
+    m_login.load();
+    frmLogin form(m_login, m_keyboard);
+    form.run();
+    return m_login.m_result();
+}
+
+bool SessionWindows::showWizard() {
+    m_wizard.load();
+    frmWizard form(m_wizard, m_keyboard);
+    return form.run();
+}
+
+void SessionWindows::showMain() {
+    m_main.show();
+    m_main.bringToFront();
+}
+
+}  // namespace keeper
