@@ -22,16 +22,12 @@ void ConnectingWindow::SetMsg(CryptMode mode) {
     if (!m_window) {
         m_window = std::make_unique<dlgConnecting>();
     }
-    m_window->SetMsg(static_cast<int>(mode));
-    m_window->setPercent(0);
-    m_window->show();
-    // The work that follows holds the one thread: the window must be on the screen before it.
-    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    m_window->SetMsg(mode);
 }
 
 void ConnectingWindow::setProgress(int percent) {
     if (m_window) {
-        m_window->setPercent(percent);
+        m_window->setProgress(percent);
     }
 }
 
