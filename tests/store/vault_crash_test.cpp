@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Morvane Keeper contributors
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Kills and failing disks. A plain run takes a sample; scripts/crash_campaign.sh takes everything.
+// Kills and failing disks. A plain run takes a sample; scripts/vault_campaign.sh takes everything.
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
