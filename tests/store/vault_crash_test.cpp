@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <QDirIterator>
 #include <array>
 #include <csignal>
 #include <cstdio>
@@ -230,15 +231,44 @@ TEST_F(VaultCrashTest, AFailingDiskLeavesTheOldSealedFileAsItWas) {
 
 #endif
 
-TEST_F(VaultCrashTest, AFolderThatCannotBeWrittenIsToldAndChangesNothing) {
-    if (::geteuid() == 0) {
-        GTEST_SKIP() << "the rights of a folder do not bind root";
+/// Gives a folder and all below it to a user whom rights bind, and becomes that user for a while.
+class AsOrdinaryUser {
+  public:
+    explicit AsOrdinaryUser(const QString& folder) : m_isRoot(::geteuid() == 0) {
+        if (!m_isRoot) {
+            return;
+        }
+        QDirIterator walk(folder, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden,
+                          QDirIterator::Subdirectories);
+        give(folder);
+        while (walk.hasNext()) {
+            give(walk.next());
+        }
+        EXPECT_EQ(::seteuid(kNobody), 0);
     }
+    ~AsOrdinaryUser() {
+        if (m_isRoot) {
+            EXPECT_EQ(::seteuid(0), 0);
+        }
+    }
+    AsOrdinaryUser(const AsOrdinaryUser&) = delete;
+    AsOrdinaryUser& operator=(const AsOrdinaryUser&) = delete;
+
+  private:
+    static constexpr uid_t kNobody = 65534;
+    static void give(const QString& path) {
+        EXPECT_EQ(::chown(QFile::encodeName(path).constData(), kNobody, kNobody), 0);
+    }
+    bool m_isRoot;
+};
+
+TEST_F(VaultCrashTest, AFolderThatCannotBeWrittenIsToldAndChangesNothing) {
     restore();
+    const AsOrdinaryUser user(m_folder.path());
     const QString folder = m_folder.filePath(QStringLiteral("private"));
-    QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner);
     VaultSession session(m_folder.path());
     ASSERT_TRUE(resume(session));
+    QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner);
     EXPECT_FALSE(session.seal());
     QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     EXPECT_TRUE(session.prompt.takeTexts().value(0).contains(QStringLiteral("拒绝访问")));
