@@ -223,9 +223,6 @@ void Database::open(const QString& path, const QString& password, Trust trust) {
         checkSize();
         if (trust == Trust::AllPages) {
             checkAllPages(*this, m_options, password);
-            if (const QString fault = checkIntegrity(); !fault.isEmpty()) {
-                throw DatabaseError(SQLITE_CORRUPT, QStringLiteral("integrity_check: ") + fault);
-            }
         }
     } catch (...) {
         sqlite3_close_v2(std::exchange(m_handle, nullptr));
@@ -297,6 +294,9 @@ void Database::exportTo(const QString& target, const QString& password) {
         Database copy(m_options);
         copy.open(target, password, Trust::AllPages);
         compareTables(*this, copy);
+        if (const QString fault = copy.checkIntegrity(); !fault.isEmpty()) {
+            throw DatabaseError(SQLITE_CORRUPT, QStringLiteral("integrity_check: ") + fault);
+        }
         copy.close();
         flushFile(target);
     } catch (...) {

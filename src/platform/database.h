@@ -52,8 +52,9 @@ struct DatabaseOptions {
 class Database {
   public:
     /// How much of a file is read before it is trusted. AllPages checks the authentication code of
-    /// every page, unused ones included, and then the engine's structure; it is for files that come
-    /// from outside the program's own writes.
+    /// every page, unused ones included; it is for files that come from outside the program's own
+    /// writes. Only the page key can make such a code, so it stands for the engine's own slower
+    /// check of the structure.
     enum class Trust { Header, AllPages };
 
     explicit Database(DatabaseOptions options = {});
