@@ -8,14 +8,14 @@
 namespace keeper {
 namespace {
 
-constexpr std::array<std::int8_t, 256> makeDigitValues() {
-    std::array<std::int8_t, 256> values{};
+constexpr std::array<std::int16_t, 256> makeDigitValues() {
+    std::array<std::int16_t, 256> values{};
     values.fill(-1);
     for (std::size_t i = 0; i < 10; ++i) {
-        values['0' + i] = static_cast<std::int8_t>(i);
+        values['0' + i] = static_cast<std::int16_t>(i);
     }
     for (std::size_t i = 0; i < 6; ++i) {
-        values['A' + i] = values['a' + i] = static_cast<std::int8_t>(10 + i);
+        values['A' + i] = values['a' + i] = static_cast<std::int16_t>(10 + i);
     }
     return values;
 }

@@ -34,6 +34,10 @@ struct HalfPlan {
     std::array<std::uint8_t, 16> shuffleLast{};
 };
 
+constexpr std::size_t byteIndex(int column, int row) {
+    return 4 * static_cast<std::size_t>(column) + static_cast<std::size_t>(row);
+}
+
 /// The column of the block that byte `row` of column place `place` of a lane must hold, so that the
 /// instruction's ShiftRows moves it to where it belongs. `firstColumn` is the lane's.
 constexpr int wantedColumn(int columns, bool decrypt, int firstColumn, int place, int row) {
@@ -68,17 +72,15 @@ constexpr HalfPlan planHalf(int columns, bool decrypt, bool lastHalf) {
                 found = true;
                 for (int place = 0; place < 4; ++place) {
                     const int in = from[static_cast<std::size_t>(place)];
-                    plan.shuffle[static_cast<std::size_t>(4 * place + row)] =
-                        static_cast<std::uint8_t>(4 * in + row);
-                    plan.fromLast[static_cast<std::size_t>(4 * in + row)] =
-                        (choice >> place & 1) != 0 ? 0xFF : 0;
+                    plan.shuffle[byteIndex(place, row)] = static_cast<std::uint8_t>(4 * in + row);
+                    plan.fromLast[byteIndex(in, row)] = (choice >> place & 1) != 0 ? 0xFF : 0;
                 }
             }
         }
         plan.blends = plan.blends && found;
         for (int place = 0; place < 4; ++place) {
             const int column = wantedColumn(columns, decrypt, firstColumn, place, row);
-            const auto byte = static_cast<std::size_t>(4 * place + row);
+            const auto byte = byteIndex(place, row);
             constexpr std::uint8_t nothing = 0x80;
             plan.shuffleFirst[byte] =
                 column < 4 ? static_cast<std::uint8_t>(4 * column + row) : nothing;

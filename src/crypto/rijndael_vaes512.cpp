@@ -5,6 +5,10 @@
 // of as many whole blocks as fit, one after the other as in memory; one permutation of all 64 bytes
 // before each round makes every ShiftRows.
 
+#if defined(__GNUC__) && !defined(__clang__)
+// GCC 12 warns about the undefined operands inside its own intrinsics.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <immintrin.h>
 
 #include "crypto/rijndael.h"
@@ -37,8 +41,7 @@ constexpr Places planVector(int columns, bool decrypt) {
                 const int inBlock = goesTo % columns + (decrypt ? columns - offset : offset);
                 from = goesTo / columns * columns + inBlock % columns;
             }
-            places.byte[static_cast<std::size_t>(4 * column + row)] =
-                static_cast<std::uint8_t>(4 * from + row);
+            places.byte[byteIndex(column, row)] = static_cast<std::uint8_t>(4 * from + row);
         }
     }
     return places;
