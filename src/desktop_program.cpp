@@ -15,6 +15,7 @@
 #include "app/session_flow.h"
 #include "app/system.h"
 #include "app/users.h"
+#include "crypto/cipher_self_test.h"
 #include "crypto/cryptor3.h"
 #include "guard/login.h"
 #include "guard/os_info.h"
@@ -24,6 +25,7 @@
 #include "guard/wizard.h"
 #include "platform/autostart.h"
 #include "platform/database.h"
+#include "platform/database_self_test.h"
 #include "platform/linux/desktop_appearance.h"
 #include "platform/linux/desktop_notification.h"
 #include "platform/linux/linux_machine.h"
@@ -179,7 +181,10 @@ StartChecks DesktopProgram::Graph::startChecks() {
         return false;
     };
     checks.initializeSystemInfo = [this] { return osInfo.Initialize(); };
-    checks.selfTest = [] { return QString(); };
+    checks.selfTest = [this] {
+        return cipherSelfTest() ? databaseSelfTest(folders.temporary)
+                                : QStringLiteral("the ciphers fail their known answers");
+    };
     checks.initUsers = [this] {
         users.InitUsers();
         destruction.finishInterrupted();
@@ -292,12 +297,12 @@ int DesktopProgram::run(const QString& commandLine) {
     // The session decides when the program ends: the login form closes before the main one opens.
     QApplication::setQuitOnLastWindowClosed(false);
     m_graph->sessionWatch.start();
+    m_graph->appearance.watch();
     Main main(m_graph->prompt, m_graph->windows, m_graph->road, m_graph->startChecks());
     if (!main.run(commandLine)) {
         return 0;
     }
     m_graph->startSession();
-    m_graph->appearance.watch();
     return QApplication::exec();
 }
 

@@ -130,7 +130,8 @@ QString FileOperator::GetFileLenHuman_Size(qint64 size) {
     constexpr qint64 step = 1024;
     const auto scaled = [size](qint64 unit) {
         // Cut, not rounded: 1023.999 KB must not read as 1024 KB.
-        QString text = QString::number(static_cast<double>(size * 100 / unit) / 100, 'f', 2);
+        const qint64 hundredths = size * 100 / unit;
+        QString text = QString::number(static_cast<double>(hundredths) / 100, 'f', 2);
         while (text.endsWith(u'0')) {
             text.chop(1);
         }

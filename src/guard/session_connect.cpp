@@ -40,6 +40,14 @@ constexpr int kLoggedInAfterRecovery = 6;
 /// What has been told already and ends the login without touching anything.
 struct Told {};
 
+/// A row of the table of refusals. A type of its own: no failure of the engine or the ciphers,
+/// whose numbers overlap, may ever be taken for a verdict that destroys.
+struct Refusal {
+    std::int32_t number = 0;
+    QString source;
+    QString description;
+};
+
 }  // namespace
 
 bool SessionConnect::ConnectDatabase(bool& resumed) {
@@ -54,8 +62,8 @@ bool SessionConnect::ConnectDatabase(bool& resumed) {
     } catch (const Told&) {
         m_ports.display.close();
         abandon(resumed);
-    } catch (const KeeperError& error) {
-        handle(error.number(), error.source(), error.description(), resumed);
+    } catch (const Refusal& refusal) {
+        handle(refusal.number, refusal.source, refusal.description, resumed);
     } catch (...) {
         m_ports.display.close();
         const Failure failure = currentFailure();
@@ -98,7 +106,7 @@ bool SessionConnect::resume(const QString& path) {
     // another program holds, or that the system cannot read now, may open at the next login.
     const Trouble trouble = m_ports.database.trouble();
     if (trouble != Trouble::WrongKey && trouble != Trouble::Damaged) {
-        throw KeeperError(kNotConnected, QStringLiteral("连接数据库"), message);
+        throw Refusal{kNotConnected, QStringLiteral("连接数据库"), message};
     }
     const auto answer = m_ports.prompt.messageBox(
         QStringLiteral("上次异常退出时留下的工作副本无法打开：\r\n%1\r\n%2\r\n"
@@ -127,10 +135,10 @@ void SessionConnect::unsealAndConnect() {
             return;
         }
     }
-    throw KeeperError(
+    throw Refusal{
         kWrongKey, QStringLiteral("解密失败"),
         QStringLiteral(
-            "登录密钥错误！\r\n由于您的登录行为异常，本密码数据库及私人文件夹已被紧急销毁。"));
+            "登录密钥错误！\r\n由于您的登录行为异常，本密码数据库及私人文件夹已被紧急销毁。")};
 }
 
 bool SessionConnect::tryScheme(bool scheme) {
@@ -150,7 +158,7 @@ bool SessionConnect::tryScheme(bool scheme) {
     }
     const Trouble trouble = m_ports.database.trouble();
     if (trouble != Trouble::WrongKey || scheme) {
-        throw KeeperError(kNotConnected, QStringLiteral("连接数据库"), message);
+        throw Refusal{kNotConnected, QStringLiteral("连接数据库"), message};
     }
     m_ports.database.DiscardWorkingCopy();
     return false;
@@ -162,27 +170,27 @@ void SessionConnect::readSettings() {
         if (m_ports.system.settings().p_isUnreadable()) {
             throw Told{};
         }
-        throw KeeperError(kDatabaseAbnormal, QStringLiteral("数据库异常"), message);
+        throw Refusal{kDatabaseAbnormal, QStringLiteral("数据库异常"), message};
     }
     if (!m_ports.guard.ReadDB()) {
         if (m_ports.guard.p_isUnreadable()) {
             throw Told{};
         }
-        throw KeeperError(kDatabaseAbnormal, QStringLiteral("数据库异常"), message);
+        throw Refusal{kDatabaseAbnormal, QStringLiteral("数据库异常"), message};
     }
 }
 
 void SessionConnect::judge() {
     const GuardVerdict machine = m_ports.guard.Initialize();
     if (!machine.ok) {
-        throw KeeperError(machine.errorNumber, QStringLiteral("安全检测"), machine.message);
+        throw Refusal{machine.errorNumber, QStringLiteral("安全检测"), machine.message};
     }
 }
 
 void SessionConnect::upgradeVersion() {
     const GuardVerdict version = m_ports.guard.ExamineDBVersion();
     if (!version.ok) {
-        throw KeeperError(version.errorNumber, QStringLiteral("数据库版本"), version.message);
+        throw Refusal{version.errorNumber, QStringLiteral("数据库版本"), version.message};
     }
     if (version.message.isEmpty()) {
         return;
@@ -196,7 +204,7 @@ void SessionConnect::upgradeVersion() {
     }
 }
 
-void SessionConnect::handle(std::int64_t number, const QString& source, const QString& description,
+void SessionConnect::handle(std::int32_t number, const QString& source, const QString& description,
                             bool resumed) {
     const QString text =
         QStringLiteral("[%1]%2:\r\n%3").arg(QString::number(number), source, description);

@@ -66,7 +66,7 @@ class SessionConnect final : public SessionRoad {
     void readSettings();
     void judge();
     void upgradeVersion();
-    void handle(std::int64_t number, const QString& source, const QString& description,
+    void handle(std::int32_t number, const QString& source, const QString& description,
                 bool resumed);
     void reseal();
     void condemn(bool deletesFolder);

@@ -228,6 +228,13 @@ bool SealedDatabase::unseal(const QString& key) {
         case UnsealResult::NotUnderThisKey:
             m_trouble = Trouble::WrongKey;
             break;
+        case UnsealResult::Malformed:
+            m_origin = Origin::None;
+            m_trouble = Trouble::Damaged;
+            throw KeeperError(
+                kUnspecified, QStringLiteral("CryptKVDB"),
+                QStringLiteral("密码数据库文件的长度不正确：文件已损坏，或者复制不完整。"
+                               "没有改动任何文件，请用备份替换后再登录。"));
         case UnsealResult::SystemFailed:
             m_origin = Origin::None;
             throw KeeperError(5, QStringLiteral("CryptKVDB"),

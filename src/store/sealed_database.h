@@ -29,8 +29,9 @@ class SealedDatabase {
     /// after a failed login must look here first: only WrongKey may lead there.
     enum class Trouble {
         None,
-        WrongKey,  ///< not under this key, or cut or damaged where that cannot be told apart
-        Damaged,   ///< the key of the sealed file was right, the database inside is unsound
+        WrongKey,  ///< not under this key, or damaged in the one block that proves the key
+        Damaged,   ///< the key was right and the database inside is unsound, or no key opens a
+                   ///< sealed file of this length
         InUse,     ///< another program holds the working copy
         System,    ///< disk, rights or memory: says nothing about the content
     };

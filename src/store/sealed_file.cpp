@@ -60,14 +60,14 @@ std::int64_t sizeOf(const UniqueFd& file, const QString& path) {
 /// A database is whole pages and pages are whole blocks, so the one block behind them is always the
 /// enciphered block of zeros. It proves the key, and it is the only place of a sealed file that the
 /// authentication codes of the pages do not reach.
-bool endsAsDatabase(Cryptor3& cipher, const QString& path, const QString& key) {
+UnsealResult endOf(Cryptor3& cipher, const QString& path, const QString& key) {
     const int bits = Cryptor3::sizeForKey(key.size());
     const auto blockSize = static_cast<std::size_t>(bits / 8);
     const UniqueFd file = openFile(path, O_RDONLY);
     const std::int64_t size = sizeOf(file, path);
     const auto block = static_cast<std::int64_t>(blockSize);
     if (size <= block || (size - block) % DatabaseOptions{}.pageSize != 0) {
-        return false;
+        return UnsealResult::Malformed;
     }
     std::vector<std::uint8_t> last(blockSize);
     const ssize_t got = ::pread(file.get(), last.data(), last.size(), size - block);
@@ -77,7 +77,9 @@ bool endsAsDatabase(Cryptor3& cipher, const QString& path, const QString& key) {
     std::vector<std::uint8_t> expected;
     cipher.SetCipherKeyString(key, bits, bits, false);
     cipher.ArrayEncrypt(std::vector<std::uint8_t>(blockSize), expected, false, bits);
-    return static_cast<std::size_t>(got) == blockSize && last == expected;
+    return static_cast<std::size_t>(got) == blockSize && last == expected
+               ? UnsealResult::Done
+               : UnsealResult::NotUnderThisKey;
 }
 
 /// Takes the file away unless it was kept: on every way out of a failed operation.
@@ -146,7 +148,7 @@ void sealFile(Cryptor3& cipher, const QString& source, const QString& target, co
             5, QStringLiteral("sealFile"),
             QStringLiteral("加密未能完成，原文件保持不变。\r\n") + cipher.lastFailure());
     }
-    if (!endsAsDatabase(cipher, fresh.path(), key)) {
+    if (endOf(cipher, fresh.path(), key) != UnsealResult::Done) {
         throw KeeperError(5, QStringLiteral("sealFile"),
                           QStringLiteral("加密结果不完整，原文件保持不变。"));
     }
@@ -159,8 +161,8 @@ void sealFile(Cryptor3& cipher, const QString& source, const QString& target, co
 UnsealResult unsealFile(Cryptor3& cipher, const QString& source, const QString& target,
                         const QString& key) {
     TemporaryFile made(target);
-    if (!endsAsDatabase(cipher, source, key)) {
-        return UnsealResult::NotUnderThisKey;
+    if (const UnsealResult end = endOf(cipher, source, key); end != UnsealResult::Done) {
+        return end;
     }
     if (!cipher.DecryptFile(source, target, key, /*deleteSource=*/false)) {
         return UnsealResult::SystemFailed;

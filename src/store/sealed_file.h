@@ -13,8 +13,10 @@ class Random;
 /// Why a file could not be unsealed.
 enum class UnsealResult {
     Done,
-    /// The file is no sealed database under this key: another key, or cut or damaged at its end.
+    /// The file is no sealed database under this key: another key, or damaged in its last block.
     NotUnderThisKey,
+    /// No key opens a file of this length: it is empty, cut or was copied in part.
+    Malformed,
     /// The key is right; disk, rights or memory failed. Says nothing about the content.
     SystemFailed,
 };
