@@ -30,7 +30,7 @@ $encrypt big big.aes
 compare 'decipher 256 MiB' --prepare 'rm -f big.out big.out2' \
     "$decrypt big.aes big.out" "openssl enc -d -aes-256-ecb -K $hex -in big.ssl -out big.out2"
 rm -f big.aes big.ssl big.out big.out2
-compare 'xor of 256 MiB' --prepare 'cp big source; rm -f copy source.xor' \
+compare 'xor of 256 MiB' --prepare "bash -c 'cp big source; rm -f copy source.xor'" \
     "$encrypt source source.xor" 'cp source copy'
 rm -f source source.xor copy
 compare 'md5 of 256 MiB' "$cli digest big" 'md5sum big'

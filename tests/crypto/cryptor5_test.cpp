@@ -91,6 +91,7 @@ TEST_F(XorCipher, ProgressAndStopAreThoseOfABytewiseLoop) {
         EXPECT_EQ(raised, expected) << size;
     }
     EXPECT_FALSE(cipher.p_IsCalculating());
+    cipher.DisplayProgress = nullptr;
     cipher.p_stopRequested(true);
     Bytes data(10, 0);
     EXPECT_FALSE(cipher.EncryptByte(data, key));
