@@ -313,7 +313,7 @@ QString Database::checkIntegrity() {
         if (!integrity.step()) {
             return QStringLiteral("no answer");
         }
-        if (const QString answer = integrity.text(0); answer != QStringLiteral("ok")) {
+        if (QString answer = integrity.text(0); answer != QStringLiteral("ok")) {
             return answer;
         }
     }

@@ -108,7 +108,7 @@ QString makeFreshFile(const QString& folder, const QString& prefix, const QStrin
     random.fill(bytes);
     const QByteArray digits =
         QByteArray(reinterpret_cast<const char*>(bytes.data()), bytes.size()).toHex();
-    const QString path = folder + u'/' + prefix + QString::fromLatin1(digits) + suffix;
+    QString path = folder + u'/' + prefix + QString::fromLatin1(digits) + suffix;
     const UniqueFd file(
         ::open(QFile::encodeName(path).constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600));
     if (!file.isValid()) {
