@@ -26,6 +26,8 @@ namespace keeper {
 namespace {
 
 constexpr qint64 kBanSeconds = 86'400;
+/// As in the settings of a new database.
+constexpr std::int16_t kChancesOfUnknown = 10;
 const QString kExtension = QStringLiteral(".kvdb");
 
 /// Whether another program holds a lock on the file. A file that cannot be opened at all counts as
@@ -261,6 +263,10 @@ bool Login::ShowChances() {
         return false;
     }
     m_user->p_usedTimes(0);
+    if (m_user->p_lgnKeyChances0() < 1) {
+        // A database that this machine has not seen: its own number is known after the login.
+        m_user->p_lgnKeyChances0(kChancesOfUnknown);
+    }
     return ShowChances();
 }
 
