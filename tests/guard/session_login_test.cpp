@@ -1,0 +1,297 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+// Login, wizard and their round trip. KEEPER_NEAR_MISSES sets the number of wrong keys tried.
+
+#include <QDir>
+
+#include "support/session_fixture.h"
+
+namespace keeper {
+namespace {
+
+using Result = Login::Result;
+
+TEST_F(SessionTest, FromTheWizardToTheSecondLoginNothingIsLost) {
+    EXPECT_FALSE(program->resumed);
+    EXPECT_EQ(program->logged(3), 1);
+    EXPECT_EQ(stored()->p_activeFile(), program->system.p_tmpFile());
+    EXPECT_TRUE(program->end.requestClose(CloseReason::User, AutoExit::None));
+    EXPECT_FALSE(QFileInfo::exists(program->system.p_tmpFile()));
+    EXPECT_EQ(stored()->p_activeFile(), QString());
+
+    restart();
+    EXPECT_EQ(program->login.state().userNames, QStringList{name});
+    ASSERT_TRUE(program->enter(key)) << lastText().toStdString();
+    EXPECT_FALSE(program->resumed);
+    EXPECT_FALSE(program->road.g_keySchemeV2());
+    EXPECT_EQ(program->logged(3), 2);
+    EXPECT_EQ(program->logged(13), 1);
+    EXPECT_EQ(program->users.p_defaultUserName(), name);
+}
+
+TEST_F(SessionTest, WrongKeysAreCountedExactlyUntilTheBan) {
+    leaveAndRestart();
+    Login* login = &program->login;
+    login->activate();
+    EXPECT_EQ(login->state().chancesText, QStringLiteral("您有10次登录尝试机会"));
+    for (int used = 1; used <= 10; ++used) {
+        // Another start reads what the last one has counted.
+        restart();
+        login = &program->login;
+        login->activate();
+        const int left = 11 - used;
+        EXPECT_EQ(login->state().chancesText,
+                  QStringLiteral("您%1有%2次登录尝试机会")
+                      .arg(left <= 3 ? QStringLiteral("还") : QString(), QString::number(left)));
+        EXPECT_EQ(login->state().chancesTone == LoginState::Tone::Warning, left <= 3);
+        prompt.answers = {Prompt::Answer::Yes};
+        program->typeAndLogIn(QStringLiteral("wrong key"));
+        EXPECT_EQ(lastText(), QStringLiteral("登录密钥错误！是否再试一次？"));
+        EXPECT_FALSE(login->isClosed());
+        ASSERT_EQ(stored()->p_usedTimes(), used);
+        EXPECT_EQ(stored()->p_attackTime().isValid(), used == 10);
+    }
+    const QDateTime ban = clock.now();
+    struct Moment {
+        qint64 seconds;
+        bool isBanned;
+        bool letsIn;
+        const char* text;
+    };
+    const Moment moments[] = {{-1, true, false, "操作系统日期时间有误！"},
+                              {0, false, false, nullptr},
+                              {1, true, false, "后再试"},
+                              {86'400, true, false, "后再试"},
+                              {86'401, false, true, nullptr}};
+    for (const Moment& moment : moments) {
+        clock.set(ban.addSecs(moment.seconds));
+        restart();
+        program->login.activate();
+        EXPECT_EQ(program->login.IsBanned(), moment.isBanned) << moment.seconds;
+        if (moment.text != nullptr) {
+            EXPECT_TRUE(
+                program->login.state().chancesText.contains(QString::fromUtf8(moment.text)));
+        }
+        program->typeAndLogIn(key);
+        EXPECT_EQ(program->login.m_result() == Result::LogIn, moment.letsIn) << moment.seconds;
+        EXPECT_EQ(stored()->p_usedTimes(), 10);
+    }
+    ASSERT_TRUE(program->road.ConnectDatabase(program->resumed));
+    program->road.ReportAfterLogin(false);
+    program->road.RecordLogin(false);
+    EXPECT_EQ(prompt.takeTexts().size(), 1) << "the ban is told, and nothing else";
+    EXPECT_EQ(program->logged(5), 1);
+    EXPECT_EQ(program->logged(4), 0);
+    EXPECT_EQ(stored()->p_usedTimes(), 0);
+    EXPECT_FALSE(stored()->p_attackTime().isValid());
+}
+
+TEST_F(SessionTest, FailedAttemptsAreToldAndSettledByTheNextLogin) {
+    leaveAndRestart();
+    program->login.activate();
+    prompt.answers = {Prompt::Answer::Yes, Prompt::Answer::No};
+    program->typeAndLogIn(QStringLiteral("wrong key"));
+    program->typeAndLogIn(QStringLiteral("wrong key"));
+    EXPECT_TRUE(program->login.isClosed());
+    EXPECT_EQ(program->login.m_result(), Result::End);
+    EXPECT_EQ(stored()->p_usedTimes(), 2);
+    restart();
+    prompt.boxes.clear();
+    ASSERT_TRUE(program->enter(key));
+    EXPECT_EQ(prompt.takeTexts().size(), 1);
+    EXPECT_EQ(program->logged(4), 1);
+    EXPECT_EQ(stored()->p_usedTimes(), 0);
+}
+
+TEST_F(SessionTest, NoNearMissOfTheKeyPasses) {
+    bool isSet = false;
+    const int asked = qEnvironmentVariableIntValue("KEEPER_NEAR_MISSES", &isSet);
+    const int rounds = isSet ? asked : 200;
+    const User& user = program->system.user();
+    ASSERT_TRUE(user.CheckLgnKey(key));
+    QString fullWidth = key;
+    fullWidth.replace(u'1', QChar(0xFF11));
+    const QStringList shapes{
+        key.toUpper(), key.toLower(),  key.normalized(QString::NormalizationForm_D),
+        fullWidth,     key.chopped(1), key + QChar(0),
+        u' ' + key,    QString()};
+    int passed = 0;
+    for (int i = 0; i < rounds; ++i) {
+        QString miss = shapes.at(i % shapes.size());
+        if (i >= shapes.size()) {
+            miss = i % 2 == 0 ? key + QString(i, u' ') : key;
+            if (i % 2 != 0) {
+                QChar& unit = miss[i % miss.size()];
+                unit = QChar(unit.unicode() ^ (1U << (static_cast<unsigned>(i) % 16)));
+            }
+        }
+        if (user.CheckLgnKey(miss)) {
+            ++passed;
+            ADD_FAILURE() << i << " passes: " << miss.toStdString();
+        }
+    }
+    EXPECT_EQ(passed, 0);
+}
+
+TEST_F(SessionTest, ARememberedKeyAndAutoLoginNeedNoTyping) {
+    leaveAndRestart();
+    program->login.activate();
+    program->login.setAutoLogin(true);
+    EXPECT_TRUE(program->login.state().remLgnKey) << "auto login needs the key";
+    ASSERT_TRUE(program->enter(key));
+    prompt.boxes.clear();
+    leaveAndRestart();
+    program->login.activate();
+    EXPECT_EQ(program->login.m_result(), Result::LogIn);
+    ASSERT_TRUE(program->road.ConnectDatabase(program->resumed));
+    program->road.RecordLogin(false);
+    program->system.user().p_autoLogin(false);
+    leaveAndRestart();
+    EXPECT_EQ(program->login.activate(), Login::Focus::RememberKey);
+    EXPECT_EQ(program->login.state().keyText, QStringLiteral("*"));
+    EXPECT_FALSE(program->login.isClosed());
+    program->login.setRemLgnKey(false);
+    EXPECT_FALSE(program->login.state().autoLogin);
+    program->login.OnLoginClicked();
+    ASSERT_TRUE(program->road.ConnectDatabase(program->resumed));
+    program->road.RecordLogin(false);
+    EXPECT_FALSE(stored()->p_remLgnKey());
+}
+
+TEST_F(SessionTest, ADatabaseThatThisMachineHasNotSeenIsTestedByUnsealing) {
+    leaveAndRestart();
+    ASSERT_TRUE(program->users.DeleteUser(name));
+    for (const bool byDialog : {false, true}) {
+        restart();
+        EXPECT_TRUE(program->login.state().userNames.isEmpty());
+        if (byDialog) {
+            prompt.paths = {sealedFile};
+            program->login.activate();
+            program->login.cmdOpen();
+        } else {
+            program->login.setStartFolder(folder);
+            program->login.activate();
+        }
+        EXPECT_EQ(program->login.state().userNames, QStringList{name});
+        EXPECT_EQ(program->login.state().pathText, sealedFile);
+    }
+    program->typeAndLogIn(key);
+    ASSERT_EQ(program->login.m_result(), Result::LogIn);
+    ASSERT_TRUE(program->road.ConnectDatabase(program->resumed));
+    program->road.RecordLogin(false);
+    EXPECT_TRUE(stored());
+
+    restart();
+    program->login.setStartFolder(home.path(QStringLiteral("MORV - 无名")));
+    program->login.activate();
+    EXPECT_EQ(lastText(), QStringLiteral("用户【无名】不存在。"));
+    const QString stray = home.path(QStringLiteral("stray.kvdb"));
+    prompt.paths = {stray};
+    program->login.cmdOpen();
+    EXPECT_EQ(lastText(),
+              QStringLiteral("密码数据库未有正确处于前缀名为“MORV - ”的私人文件夹中，不能登录！"));
+    EXPECT_EQ(program->login.state().userNames, QStringList{name});
+}
+
+TEST_F(SessionTest, TheDatabaseIsCheckedBeforeTheKey) {
+    leaveAndRestart();
+    program->login.activate();
+    ASSERT_TRUE(QFile::rename(sealedFile, sealedFile + QStringLiteral("x")));
+    program->typeAndLogIn(QString());
+    EXPECT_EQ(lastText(), QStringLiteral("密码数据库不存在！"));
+    ASSERT_TRUE(QFile::rename(sealedFile + QStringLiteral("x"), sealedFile));
+    program->typeAndLogIn(QString());
+    EXPECT_EQ(lastText(), QStringLiteral("您忘记输入密钥了！"));
+    EXPECT_EQ(stored()->p_usedTimes(), 0) << "none of these is an attempt";
+}
+
+TEST_F(SessionTest, AUserIsRemovedAsAnswered) {
+    leaveAndRestart();
+    program->login.activate();
+    prompt.answers = {Prompt::Answer::Cancel};
+    program->login.cmdRemove();
+    EXPECT_TRUE(stored() && QFileInfo::exists(sealedFile));
+    EXPECT_EQ(lastText(),
+              QStringLiteral("即将移除此用户。\r\n检测到私人文件夹存在，您需要连带删除它吗？"));
+    prompt.answers = {Prompt::Answer::No};
+    program->login.cmdRemove();
+    EXPECT_FALSE(stored());
+    EXPECT_TRUE(QFileInfo::exists(sealedFile));
+    EXPECT_FALSE(program->login.state().hasUser);
+    EXPECT_EQ(program->login.state().okCaption, QStringLiteral("新 建"));
+
+    restart();
+    program->login.setStartFolder(folder);
+    program->login.activate();
+    prompt.answers = {Prompt::Answer::Yes};
+    program->login.cmdRemove();
+    EXPECT_FALSE(QFileInfo::exists(folder));
+    EXPECT_EQ(program->beeps, 1);
+    EXPECT_TRUE(program->users.names().isEmpty());
+}
+
+TEST_F(SessionTest, AHiddenPathIsNotRevealedByTheRemoval) {
+    program->system.settings().p_hideDBPath(true);
+    program->system.RefreshMyUser();
+    leaveAndRestart();
+    program->login.activate();
+    EXPECT_EQ(program->login.state().pathText, QString());
+    prompt.answers = {Prompt::Answer::No, Prompt::Answer::Yes};
+    program->login.cmdRemove();
+    EXPECT_TRUE(stored());
+    program->login.cmdRemove();
+    EXPECT_EQ(lastText(), QStringLiteral("您真的要移除此用户吗？"));
+    EXPECT_FALSE(stored());
+    EXPECT_TRUE(QFileInfo::exists(folder));
+}
+
+TEST_F(SessionTest, TheWizardRefusesWhatCannotBecomeAUser) {
+    Wizard& wizard = program->wizard;
+    wizard.load();
+    EXPECT_NE(wizard.state().loginKey, wizard.state().independentPassword);
+    const std::pair<const char*, const char*> names[] = {{"", "请先设置用户名。"},
+                                                         {"  ", "用户名不能为空或全为空格！"},
+                                                         {"a", "用户名的长度不要小于2个字符。"},
+                                                         {"a|b", "文件名不能包含下列任何字符："},
+                                                         {"王小明", "已存在，请改用其它用户名。"}};
+    for (const auto& [text, message] : names) {
+        wizard.setUserName(QString::fromUtf8(text));
+        wizard.cmdNext();
+        EXPECT_TRUE(lastText().contains(QString::fromUtf8(message))) << text;
+        EXPECT_EQ(wizard.state().page, 0);
+    }
+    wizard.setUserName(QStringLiteral("ab"));
+    wizard.cmdNext();
+    for (const int length : {5, 31, 6, 30}) {
+        wizard.setLoginKey(QString(length, u'k'));
+        wizard.cmdNext();
+        EXPECT_EQ(wizard.state().page == 1, length == 5 || length == 31) << length;
+        wizard.cmdBack();
+        if (wizard.state().page == 0) {
+            wizard.cmdNext();
+        }
+    }
+    prompt.boxes.clear();
+    wizard.setLoginKeyTip(QStringLiteral("a?"));
+    wizard.cmdNext();
+    EXPECT_TRUE(lastText().startsWith(QStringLiteral("提示文本不能包含下列任何字符：")));
+    wizard.setLoginKeyTip(QString());
+    wizard.cmdNext();
+    for (const int length : {5, 33, 0}) {
+        wizard.setIndependentPassword(QString(length, u'k'));
+        wizard.cmdNext();
+        EXPECT_EQ(wizard.state().page, length == 0 ? 3 : 2) << length;
+    }
+    EXPECT_TRUE(wizard.state().summary.startsWith(QStringLiteral("用户名：ab\r\n私人文件夹：")));
+    // A folder of the name that has appeared meanwhile belongs to somebody else.
+    prompt.boxes.clear();
+    ASSERT_TRUE(QDir().mkpath(wizard.state().privateFolder));
+    wizard.cmdNext();
+    EXPECT_EQ(prompt.takeTexts().size(), 1);
+    EXPECT_TRUE(QFileInfo::exists(wizard.state().privateFolder));
+    EXPECT_EQ(wizard.m_result(), 0);
+}
+
+}  // namespace
+}  // namespace keeper
