@@ -77,9 +77,9 @@ class EditPane {
     void ShowAssNum(const QString& name);
     void ShowAssPwd(const QString& name);
     [[nodiscard]] const QString& GetNumberText() const { return m_numberText; }
-    void SetNumberText(const QString& text);
+    void SetNumberText(QString text);
     [[nodiscard]] const QString& GetPasswordText() const { return m_passwordText; }
-    void SetPasswordText(const QString& text);
+    void SetPasswordText(QString text);
     [[nodiscard]] const QString& GetDigestText() const { return m_state.ComboBox2; }
     void SetDigestText(const QString& text);
 

@@ -150,16 +150,14 @@ void EditPane::ShowAssPwd(const QString& name) {
                                    : m_workspace.services.assPwds.Search(name).m_Content);
 }
 
-void EditPane::SetNumberText(const QString& text) {
-    const QString kept = text;
+void EditPane::SetNumberText(QString text) {
     secureWipe(m_numberText);
-    m_numberText = kept;
+    m_numberText = std::move(text);
 }
 
-void EditPane::SetPasswordText(const QString& text) {
-    const QString kept = text;
+void EditPane::SetPasswordText(QString text) {
     secureWipe(m_passwordText);
-    m_passwordText = kept;
+    m_passwordText = std::move(text);
 }
 
 void EditPane::SetDigestText(const QString& text) {
