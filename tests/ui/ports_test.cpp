@@ -57,17 +57,21 @@ TEST(QtPrompt, EachWayOutOfABoxGivesItsAnswer) {
         Buttons buttons;
         Qt::Key key;
         Answer answer;
+        Prompt::Icon icon = Prompt::Icon::Question;
     };
-    for (const Row& row : {Row{Buttons::Ok, Qt::Key_Escape, Answer::Ok},
-                           Row{Buttons::OkCancel, Qt::Key_Return, Answer::Ok},
-                           Row{Buttons::OkCancel, Qt::Key_Escape, Answer::Cancel},
-                           Row{Buttons::YesNo, Qt::Key_Return, Answer::Yes},
-                           Row{Buttons::YesNo, Qt::Key_Escape, Answer::No},
-                           Row{Buttons::YesNoCancel, Qt::Key_Return, Answer::No},
-                           Row{Buttons::YesNoCancel, Qt::Key_Escape, Answer::Cancel}}) {
+    for (const Row& row :
+         {Row{Buttons::Ok, Qt::Key_Escape, Answer::Ok},
+          Row{Buttons::OkCancel, Qt::Key_Return, Answer::Ok},
+          Row{Buttons::OkCancel, Qt::Key_Escape, Answer::Cancel},
+          Row{Buttons::YesNo, Qt::Key_Return, Answer::Yes},
+          Row{Buttons::YesNo, Qt::Key_Escape, Answer::No},
+          Row{Buttons::YesNoCancel, Qt::Key_Return, Answer::No},
+          Row{Buttons::YesNoCancel, Qt::Key_Escape, Answer::Cancel},
+          Row{Buttons::YesNo, Qt::Key_Return, Answer::No, Prompt::Icon::Exclamation},
+          Row{Buttons::YesNoCancel, Qt::Key_Return, Answer::Cancel, Prompt::Icon::Exclamation}}) {
         QTimer poll;
         whenModal(poll, [&row](QWidget& window) { QTest::keyClick(&window, row.key); });
-        EXPECT_EQ(QtPrompt().messageBox(QStringLiteral("?"), Prompt::Icon::Question, row.buttons,
+        EXPECT_EQ(QtPrompt().messageBox(QStringLiteral("?"), row.icon, row.buttons,
                                         QStringLiteral("标题")),
                   row.answer)
             << static_cast<int>(row.buttons) << ' ' << row.key;

@@ -72,18 +72,21 @@ struct ButtonSet {
     QMessageBox::StandardButton escape;
 };
 
-ButtonSet buttonSet(Prompt::Buttons buttons) {
+ButtonSet buttonSet(Prompt::Buttons buttons, Prompt::Icon icon) {
+    // What asks with a warning removes something for good: Enter must do nothing then.
+    const bool isWarning = icon == Prompt::Icon::Exclamation;
     switch (buttons) {
         case Prompt::Buttons::Ok:
             break;
         case Prompt::Buttons::OkCancel:
             return {QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok, QMessageBox::Cancel};
         case Prompt::Buttons::YesNo:
-            return {QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes, QMessageBox::No};
+            return {QMessageBox::Yes | QMessageBox::No,
+                    isWarning ? QMessageBox::No : QMessageBox::Yes, QMessageBox::No};
         case Prompt::Buttons::YesNoCancel:
-            // Three ways are asked where Yes removes something for good: Enter must not do it.
-            return {QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, QMessageBox::No,
-                    QMessageBox::Cancel};
+            // Of three ways the first is the most far-reaching; it takes a choice.
+            return {QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel,
+                    isWarning ? QMessageBox::Cancel : QMessageBox::No, QMessageBox::Cancel};
     }
     return {QMessageBox::Ok, QMessageBox::Ok, QMessageBox::Ok};
 }
@@ -106,7 +109,7 @@ QString buttonText(QMessageBox::StandardButton button) {
 
 Prompt::Answer QtPrompt::messageBox(const QString& text, Icon icon, Buttons buttons,
                                     const QString& title) {
-    const ButtonSet set = buttonSet(buttons);
+    const ButtonSet set = buttonSet(buttons, icon);
     QMessageBox box(owner());
     box.setObjectName(QStringLiteral("messageBox"));
     box.setWindowTitle(title.isEmpty() ? programTitle() : title);
