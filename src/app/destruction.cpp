@@ -57,8 +57,12 @@ void Destruction::finishInterrupted() {
     });
 }
 
+QString Destruction::stateFolder() const {
+    return m_folders.state + QStringLiteral("/morvane-keeper");
+}
+
 QString Destruction::notePath() const {
-    return m_folders.state + QStringLiteral("/morvane-keeper/destruction.json");
+    return stateFolder() + QStringLiteral("/destruction.json");
 }
 
 void Destruction::write(const Note& note) const {
@@ -71,8 +75,11 @@ void Destruction::write(const Note& note) const {
     replaceFile(notePath(), QJsonDocument(object).toJson());
 }
 
-bool Destruction::isSound(const Note& note) {
-    return !note.userName.isEmpty() && QDir::isAbsolutePath(note.privateFolder) &&
+bool Destruction::isSound(const Note& note) const {
+    const bool isWorkingCopyOurs =
+        note.workingCopy.isEmpty() || QFileInfo(note.workingCopy).absolutePath() == stateFolder();
+    return isWorkingCopyOurs && !note.userName.isEmpty() &&
+           QDir::isAbsolutePath(note.privateFolder) &&
            privatefolder::userNameOf(note.privateFolder) == note.userName &&
            note.sealedFile == privatefolder::databaseOf(note.privateFolder);
 }
@@ -88,6 +95,7 @@ void Destruction::deleteFiles(const Note& note) {
     (void)guardedRun(m_prompt, kWhere, [&] {
         if (!note.workingCopy.isEmpty()) {
             removeFile(note.workingCopy);
+            removeFile(note.workingCopy + QStringLiteral("-journal"));
         }
         if (note.deletesFolder && QFileInfo(note.privateFolder).isDir()) {
             privatefolder::destroy(note.privateFolder);

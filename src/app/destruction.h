@@ -38,11 +38,12 @@ class Destruction {
         bool deletesFolder = false;
     };
 
+    [[nodiscard]] QString stateFolder() const;
     [[nodiscard]] QString notePath() const;
     void write(const Note& note) const;
-    /// Whether the note names a private folder of its own user; anything else is not ours to
-    /// delete.
-    [[nodiscard]] static bool isSound(const Note& note);
+    /// Whether the note names a private folder of its own user, and a working copy of this program;
+    /// anything else is not ours to delete.
+    [[nodiscard]] bool isSound(const Note& note) const;
     void forgetUser(const Note& note);
     void deleteFiles(const Note& note);
     [[nodiscard]] static bool isDone(const Note& note);
