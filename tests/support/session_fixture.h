@@ -7,6 +7,7 @@
 
 #include <QFileInfo>
 #include <memory>
+#include <utility>
 
 #include "app/destruction.h"
 #include "app/regedit.h"
@@ -39,8 +40,12 @@ class NoColumnKey final : public ColumnKey {
 
 /// One start of the program without its windows, over real files in the home of the environment.
 struct SessionProgram {
-    SessionProgram(FakeClock& clockOfTest, ScriptedPrompt& promptOfTest, FakeMachine& machineOfTest)
-        : clock(clockOfTest), prompt(promptOfTest), machine(machineOfTest) {
+    SessionProgram(FakeClock& clockOfTest, ScriptedPrompt& promptOfTest, FakeMachine& machineOfTest,
+                   QString versionOfTest = QStringLiteral("3.4.0"))
+        : clock(clockOfTest),
+          prompt(promptOfTest),
+          machine(machineOfTest),
+          version(std::move(versionOfTest)) {
         system.attach(sealed);
         EXPECT_TRUE(osInfo.Initialize());
         users.InitUsers();
@@ -91,6 +96,7 @@ struct SessionProgram {
     FakeClock& clock;
     ScriptedPrompt& prompt;
     FakeMachine& machine;
+    QString version;
     UserFolders folders = UserFolders::ofSystem();
     FakeEventLoop loop;
     SystemRandom random;
@@ -121,7 +127,7 @@ struct SessionProgram {
     Fils fils{store, entries};
     OSInfo osInfo{machine, prompt};
     StoreUpgrades upgrades{entries, programs, system.settings()};
-    SWProtect guard{{connection, clock, random, prompt, osInfo, upgrades}, QStringLiteral("3.4.0")};
+    SWProtect guard{{connection, clock, random, prompt, osInfo, upgrades}, version};
     SessionConnect road{{prompt, clock, system, connection, sealed, guard, logs, users, osInfo,
                          display, destruction}};
     int beeps = 0;

@@ -1,0 +1,268 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+// What becomes of a database that is refused, and of one that merely cannot be read.
+
+#include <QDir>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include "store/sealed_file.h"
+#include "support/session_fixture.h"
+
+namespace keeper {
+namespace {
+
+enum class Fate { Kept, FileDestroyed, FolderDestroyed };
+
+class ConnectTest : public SessionTest {
+  protected:
+    /// Ends the session by sealing alone, so that the end does not write settings over an edit.
+    void sealAsIs() {
+        User& user = program->system.user();
+        user.p_activeFile(QString());
+        ASSERT_TRUE(program->sealed.CryptKVDB(false, 1, true, {}) && user.WriteRegistry());
+    }
+    void edit(const char* sql) {
+        program->connection.execute("PRAGMA ignore_check_constraints=ON");
+        program->connection.execute(sql);
+        program->connection.execute("PRAGMA ignore_check_constraints=OFF");
+        sealAsIs();
+        restart();
+    }
+    /// A login that is refused with the number, after which the files are as told.
+    void expectRefusal(int number, Prompt::Icon icon, Fate fate) {
+        EXPECT_FALSE(program->enter(key));
+        ASSERT_FALSE(prompt.boxes.empty());
+        const ScriptedPrompt::Shown box = prompt.boxes.back();
+        prompt.boxes.clear();
+        EXPECT_TRUE(box.text.startsWith(QStringLiteral("[%1]").arg(number)))
+            << box.text.toStdString();
+        EXPECT_EQ(box.icon, icon);
+        expectFate(fate);
+        EXPECT_GT(program->display.closed, 0);
+    }
+    void expectFate(Fate fate) {
+        EXPECT_EQ(QFileInfo::exists(sealedFile), fate == Fate::Kept);
+        EXPECT_EQ(QFileInfo::exists(folder), fate != Fate::FolderDestroyed);
+        EXPECT_EQ(stored() != nullptr, fate == Fate::Kept);
+        EXPECT_EQ(program->users.Exists(name), fate == Fate::Kept);
+        EXPECT_EQ(workingCopies(), QStringList());
+        EXPECT_FALSE(QFileInfo::exists(notePath()));
+    }
+    [[nodiscard]] QString stateFolder() const {
+        return program->folders.state + QStringLiteral("/morvane-keeper");
+    }
+    [[nodiscard]] QString notePath() const {
+        return stateFolder() + QStringLiteral("/destruction.json");
+    }
+    [[nodiscard]] QStringList workingCopies() const {
+        return QDir(stateFolder()).entryList({QStringLiteral("*.tmp*")}, QDir::Files);
+    }
+    void expectLoginWorks() {
+        restart();
+        EXPECT_TRUE(program->enter(key)) << prompt.takeTexts().join(u'|').toStdString();
+        prompt.boxes.clear();
+    }
+};
+
+TEST_F(ConnectTest, AnExpiredBranchAndAClockSetBackAreRefusedAndResealed) {
+    sealAsIs();
+    const QString disk = machine.disk;
+    machine.disk = QStringLiteral("OTHER");
+    clock.advanceDays(100);
+    restart();
+    expectRefusal(1, Prompt::Icon::Exclamation, Fate::Kept);
+
+    machine.disk = disk;
+    expectLoginWorks();
+    EXPECT_EQ(program->logged(1), 1);
+    sealAsIs();
+    clock.advanceDays(-2);
+    restart();
+    expectRefusal(3, Prompt::Icon::Critical, Fate::Kept);
+    clock.advanceDays(2);
+    expectLoginWorks();
+    EXPECT_EQ(program->logged(2), 1);
+}
+
+TEST_F(ConnectTest, ADatabaseOfAnotherMainVersionIsRefusedAndResealed) {
+    ASSERT_TRUE(program->leave());
+    program = std::make_unique<SessionProgram>(clock, prompt, machine, QStringLiteral("4.0.0"));
+    expectRefusal(2, Prompt::Icon::Exclamation, Fate::Kept);
+    expectLoginWorks();
+}
+
+TEST_F(ConnectTest, AMissingSettingDestroysTheFileAndKeepsTheFolder) {
+    edit("DELETE FROM tb_TypeBoolean WHERE rowNo=1");
+    expectRefusal(4, Prompt::Icon::Critical, Fate::FileDestroyed);
+}
+
+TEST_F(ConnectTest, AMissingGuardDestroysTheFileAndKeepsTheFolder) {
+    edit("DELETE FROM tb_SWProtect");
+    expectRefusal(4, Prompt::Icon::Critical, Fate::FileDestroyed);
+}
+
+TEST_F(ConnectTest, AConfinedDatabaseOnAForeignMachineIsDestroyed) {
+    ASSERT_TRUE(program->guard.LockOntoBrch(true));
+    sealAsIs();
+    expectLoginWorks();
+    sealAsIs();
+    machine.disk = QStringLiteral("OTHER");
+    restart();
+    expectRefusal(5, Prompt::Icon::Critical, Fate::FolderDestroyed);
+}
+
+TEST_F(ConnectTest, AGuardEditedByHandIsDestroyed) {
+    edit("UPDATE tb_SWProtect SET [02]='9.9.9'");
+    expectRefusal(6, Prompt::Icon::Critical, Fate::FolderDestroyed);
+}
+
+TEST_F(ConnectTest, AForgedHashWithAWrongKeyDestroysAndSaysSo) {
+    sealAsIs();
+    const auto forged = stored();
+    forged->p_hashLgnKey(Cryptor2::hashString(QStringLiteral("other key")));
+    ASSERT_TRUE(forged->WriteRegistry());
+    restart();
+    EXPECT_FALSE(program->enter(QStringLiteral("other key")));
+    EXPECT_EQ(prompt.takeTexts(),
+              QStringList{QStringLiteral(
+                  "[7]解密失败:\r\n登录密钥错误！\r\n由于您的登录行为异常，本密码数据库及私人文件夹"
+                  "已被紧急销毁。")});
+    expectFate(Fate::FolderDestroyed);
+    EXPECT_EQ(program->display.modes.size(), 2U) << "both schemes were tried";
+}
+
+TEST_F(ConnectTest, AFileThatCannotBeReadIsToldAndLeftAsItIs) {
+    sealAsIs();
+    const QByteArray whole = contentOf(sealedFile);
+    const QString aside = home.path(QStringLiteral("aside"));
+    for (const char* fault : {"cut", "empty", "folder", "gone"}) {
+        SCOPED_TRACE(fault);
+        const QByteArray which(fault);
+        restart();
+        program->login.activate();
+        program->typeAndLogIn(key);
+        ASSERT_EQ(program->login.m_result(), Login::Result::LogIn);
+        const QByteArray damaged = which == "cut" ? whole.chopped(7) : QByteArray();
+        if (which == "folder" || which == "gone") {
+            ASSERT_TRUE(QFile::rename(sealedFile, aside));
+            ASSERT_TRUE(which == "gone" || QDir().mkdir(sealedFile));
+        } else {
+            putContent(sealedFile, damaged);
+        }
+        EXPECT_FALSE(program->road.ConnectDatabase(program->resumed));
+        EXPECT_FALSE(prompt.takeTexts().isEmpty());
+        EXPECT_TRUE(stored());
+        EXPECT_TRUE(QFileInfo(folder).isDir());
+        EXPECT_EQ(workingCopies(), QStringList());
+        if (which == "folder" || which == "gone") {
+            ASSERT_TRUE(which == "gone" || QDir().rmdir(sealedFile));
+            ASSERT_TRUE(QFile::rename(aside, sealedFile));
+        } else {
+            EXPECT_EQ(contentOf(sealedFile), damaged);
+            putContent(sealedFile, whole);
+        }
+    }
+    expectLoginWorks();
+}
+
+TEST_F(ConnectTest, ADamagedPageInsideIsToldAndNothingIsDeleted) {
+    program->connection.close();
+    QByteArray inner = contentOf(program->system.p_tmpFile());
+    ASSERT_GT(inner.size(), 3 * 4096);
+    inner[2 * 4096 + 100] = static_cast<char>(inner.at(2 * 4096 + 100) ^ 1);
+    putContent(program->system.p_tmpFile(), inner);
+    sealFile(program->cipher, program->system.p_tmpFile(), sealedFile,
+             program->sealed.GetCryptLgnKey(false, key), program->random);
+    program->sealed.DiscardWorkingCopy();
+    const QByteArray sealedBytes = contentOf(sealedFile);
+    restart();
+    expectRefusal(8, Prompt::Icon::Exclamation, Fate::Kept);
+    EXPECT_EQ(contentOf(sealedFile), sealedBytes);
+}
+
+TEST_F(ConnectTest, AnAbnormalEndIsHealedByTheWorkingCopy) {
+    SysLog row;
+    row.m_statusNo = 54;
+    row.m_dateTime = clock.now();
+    ASSERT_TRUE(program->logs.Add(row));
+    restart();
+    ASSERT_TRUE(program->enter(key));
+    EXPECT_TRUE(program->resumed);
+    EXPECT_TRUE(lastText().endsWith(QStringLiteral(" 登录后异常退出，现管理器已为您恢复。")));
+    EXPECT_EQ(program->logged(54), 1);
+    EXPECT_EQ(program->logged(6), 1);
+    EXPECT_EQ(program->logged(3), 1);
+    EXPECT_TRUE(program->display.modes.empty());
+    EXPECT_EQ(program->display.closed, 0);
+    sealAsIs();
+    expectLoginWorks();
+    EXPECT_FALSE(program->resumed);
+    EXPECT_EQ(program->logged(54), 1);
+}
+
+TEST_F(ConnectTest, AWorkingCopyInUseIsLeftToItsHolder) {
+    const auto first = std::move(program);
+    restart();
+    EXPECT_FALSE(program->enter(key));
+    EXPECT_TRUE(lastText().startsWith(QStringLiteral("[8]")));
+    EXPECT_TRUE(QFileInfo::exists(first->system.p_tmpFile()));
+    EXPECT_TRUE(stored());
+    EXPECT_TRUE(first->leave());
+    EXPECT_EQ(prompt.takeTexts(), QStringList());
+    expectLoginWorks();
+}
+
+TEST_F(ConnectTest, AWorkingCopyThatDoesNotOpenIsKeptWhateverTheAnswer) {
+    const QString copy = program->system.p_tmpFile();
+    const QByteArray garbage(8192, 'g');
+    program->connection.close();
+    putContent(copy, garbage);
+    for (const auto answer : {Prompt::Answer::No, Prompt::Answer::Yes}) {
+        restart();
+        prompt.answers = {answer};
+        EXPECT_EQ(program->enter(key), answer == Prompt::Answer::Yes);
+        EXPECT_TRUE(prompt.takeTexts().value(0).contains(copy));
+        EXPECT_EQ(contentOf(copy), garbage);
+        EXPECT_TRUE(stored());
+        EXPECT_TRUE(QFileInfo::exists(sealedFile));
+    }
+}
+
+TEST_F(ConnectTest, AnInterruptedDestructionIsFinishedAndAnUnsoundNoteDeletesNothing) {
+    const QString copy = program->system.p_tmpFile();
+    const QString precious = home.path(QStringLiteral("precious.txt"));
+    putContent(precious, "x");
+    const QJsonObject sound{{QStringLiteral("user"), name},
+                            {QStringLiteral("privateFolder"), folder},
+                            {QStringLiteral("sealedFile"), sealedFile},
+                            {QStringLiteral("workingCopy"), copy},
+                            {QStringLiteral("deletesFolder"), true}};
+    const std::pair<const char*, QString> faults[] = {{"user", QStringLiteral("别人")},
+                                                      {"user", QString()},
+                                                      {"privateFolder", home.path()},
+                                                      {"sealedFile", precious},
+                                                      {"workingCopy", precious}};
+    for (const auto& [field, value] : faults) {
+        QJsonObject unsound = sound;
+        unsound[QString::fromLatin1(field)] = value;
+        putContent(notePath(), QJsonDocument(unsound).toJson());
+        restart();
+        EXPECT_TRUE(QFileInfo::exists(copy) && QFileInfo::exists(precious)) << field;
+        EXPECT_TRUE(QFileInfo::exists(sealedFile) && stored()) << field;
+        EXPECT_FALSE(QFileInfo::exists(notePath())) << field;
+    }
+    putContent(notePath(), "{not json");
+    restart();
+    EXPECT_TRUE(QFileInfo::exists(sealedFile) && stored());
+
+    putContent(copy + QStringLiteral("-journal"), "x");
+    putContent(notePath(), QJsonDocument(sound).toJson());
+    restart();
+    expectFate(Fate::FolderDestroyed);
+    EXPECT_TRUE(QFileInfo::exists(precious));
+}
+
+}  // namespace
+}  // namespace keeper
