@@ -188,11 +188,13 @@ QString usageText() {
         "  morvane-cli --help | --version\n"
         "\n"
         "  --cipher         算法；不给出时由密文文件的结尾 .aes 或 .xor 决定\n"
-        "  --key-file FILE  密钥是该文件的内容（UTF-8，去掉末尾的一个换行），\"-\" 为标准输入；\n"
+        "  --key-file FILE  密钥是该文件的内容（UTF-8，至多 64 KiB，去掉末尾的一个换行），"
+        "\"-\" 为标准输入；\n"
         "                   不给出时在终端上询问，不回显\n"
         "  --delete-source  成功后删除源文件（xor 总是删除）\n"
         "  --force          覆盖已有的目标文件\n"
         "  --algorithm      摘要算法，默认 md5\n"
+        "  encrypt-text 的文本至多 16 MiB；md5 的文件至多 256 MiB\n"
         "\n"
         "退出状态：0 完成；1 失败；2 用法错误；130 被 Ctrl-C 中断。\n");
 }

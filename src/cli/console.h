@@ -5,8 +5,11 @@
 
 #include <QString>
 #include <exception>
+#include <optional>
 
 namespace keeper::cli {
+
+class SignalWatch;
 
 /// Exit statuses. A run that a signal ended exits with 128 and the signal's number.
 inline constexpr int kDone = 0;
@@ -30,9 +33,15 @@ class Exit : public std::exception {
 void printError(const QString& message);
 /// Writes all of it to a descriptor as UTF-8; Exit 1 when that fails.
 void writeAll(int descriptor, const QByteArray& bytes);
-/// Everything up to the end of the descriptor; Exit 1 when that fails or passes `limit` bytes.
-[[nodiscard]] QByteArray readAll(int descriptor, const QString& name, qsizetype limit);
+/// Everything up to the end of the descriptor; Exit 1 when that fails or passes `limit` bytes,
+/// 128 and its number when a signal comes first.
+[[nodiscard]] QByteArray readAll(int descriptor, const QString& name, qsizetype limit,
+                                 SignalWatch& signalWatch);
+/// The text without any loss, also of a byte order mark; nothing where the bytes are not UTF-8.
+[[nodiscard]] std::optional<QString> exactText(const QByteArray& utf8);
 /// A message box's text without the "[number]Class.Op:" line, which says nothing at a terminal.
 [[nodiscard]] QString withoutTag(const QString& message);
+/// That number, 0 for a message without one.
+[[nodiscard]] int numberInTag(const QString& message);
 
 }  // namespace keeper::cli

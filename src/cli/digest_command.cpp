@@ -40,7 +40,7 @@ int runDigestCommand(const Arguments& arguments) {
             const bool isMd5 = arguments.algorithm == Algorithm::Md5;
             const QString digest = isMd5 ? md5Of(path) : sha1Of(path);
             if (digest.isEmpty()) {
-                throw Exit(kFailed, isMd5 ? QStringLiteral("无法读取，或文件达到 256 MiB，"
+                throw Exit(kFailed, isMd5 ? QStringLiteral("无法读取，或文件超过 256 MiB，"
                                                            "md5 摘要不支持")
                                           : QStringLiteral("无法读取"));
             }

@@ -49,7 +49,8 @@ class FileJob {
     void checkPadding(Cryptor3& cipher, const QString& key, const QString& output) const;
     template <typename Cipher>
     void watch(Cipher& cipher);
-    [[noreturn]] void fail(const QString& reason);
+    [[noreturn]] void fail(int number, const QString& reason);
+    [[nodiscard]] QString culprit(int number) const;
 
     const Arguments& m_arguments;
     bool m_isEncryption;
@@ -94,11 +95,28 @@ void FileJob::watch(Cipher& cipher) {
     };
 }
 
-void FileJob::fail(const QString& reason) {
+/// The path that a failure is about. The source was opened before: what goes wrong with names and
+/// rights after that goes wrong at the target.
+QString FileJob::culprit(int number) const {
+    switch (number) {
+        case PosixFile::PathNotFound:
+        case PosixFile::AlreadyExists:
+        case PosixFile::DiskFull:
+        case PosixFile::AccessRefused:
+        case PosixFile::NotAFile:
+            return m_target;
+        case PosixFile::DeviceError:
+            return m_source + QStringLiteral(" → ") + m_target;
+        default:
+            return m_source;
+    }
+}
+
+void FileJob::fail(int number, const QString& reason) {
     if (m_signals.pending() != 0) {
         throw Exit(128 + m_signals.pending(), QStringLiteral("已中断，%1 未改变").arg(m_source));
     }
-    throw Exit(kFailed, QStringLiteral("%1：%2").arg(m_source, reason));
+    throw Exit(kFailed, QStringLiteral("%1：%2").arg(culprit(number), reason));
 }
 
 /// The class writes to a file beside the target, which takes the target's place when it is whole:
@@ -115,7 +133,8 @@ void FileJob::cipherAes(const QString& key) {
                                 ? cipher.EncryptFile(m_source, output.path(), key, false)
                                 : cipher.DecryptFile(m_source, output.path(), key, false);
         if (!isDone) {
-            fail(m_host.message.isEmpty() ? cipher.lastFailure() : withoutTag(m_host.message));
+            // The message of a refused access speaks of the source, whichever file it was.
+            fail(cipher.lastFailureNumber(), cipher.lastFailure());
         }
     }
     if (!m_isEncryption) {
@@ -125,7 +144,8 @@ void FileJob::cipherAes(const QString& key) {
     using Existing = ReplacementFile::Existing;
     const bool mustLast = m_arguments.deleteSource || m_arguments.force;
     about(m_target, [&] {
-        output.replaceTarget(PosixFile::openSource(m_source).mode(),
+        // What comes out of a sealed file is private until its owner says otherwise.
+        output.replaceTarget(m_isEncryption ? PosixFile::openSource(m_source).mode() : 0600,
                              mustLast ? Flush::Yes : Flush::No,
                              m_arguments.force ? Existing::Replace : Existing::Keep);
     });
@@ -162,7 +182,7 @@ void FileJob::cipherXor(const QString& key) {
         const bool isDone = m_isEncryption ? cipher.EncryptFile(m_source, m_target, key)
                                            : cipher.DecryptFile(m_source, m_target, key);
         if (!isDone) {
-            fail(withoutTag(m_host.message));
+            fail(numberInTag(m_host.message), withoutTag(m_host.message));
         }
     }
     printError(QFile::exists(m_source) ? QStringLiteral("注意：未能删除源文件 %1").arg(m_source)

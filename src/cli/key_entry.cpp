@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <QFile>
-#include <QStringDecoder>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -29,17 +28,20 @@ void wipe(QByteArray& bytes) {
 }
 
 QString keyFromBytes(QByteArray bytes, const QString& where) {
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    QString key = decoder.decode(bytes);
+    std::optional<QString> key = exactText(bytes);
     wipe(bytes);
-    if (decoder.hasError()) {
-        secureWipe(key);
+    if (!key) {
         throw Exit(kFailed, QStringLiteral("%1 的密钥不是 UTF-8 文本").arg(where));
     }
-    if (key.isEmpty()) {
+    if (key->isEmpty()) {
         throw Exit(kFailed, QStringLiteral("%1 的密钥是空的").arg(where));
     }
-    return key;
+    if (key->startsWith(QChar::ByteOrderMark)) {
+        // An editor's doing. Nobody could type it, so nothing else would open what it closed.
+        secureWipe(*key);
+        throw Exit(kFailed, QStringLiteral("%1 的密钥以字节顺序标记（BOM）开头").arg(where));
+    }
+    return *std::move(key);
 }
 
 class Descriptor {
@@ -59,19 +61,20 @@ class Descriptor {
     int m_value;
 };
 
-QString keyFromFile(const QString& path) {
+QString keyFromFile(const QString& path, SignalWatch& signalWatch) {
     QByteArray bytes;
     QString name = path;
     if (path == u"-") {
         name = QStringLiteral("标准输入");
-        bytes = readAll(STDIN_FILENO, name, kLongestKey);
+        bytes = readAll(STDIN_FILENO, name, kLongestKey, signalWatch);
     } else {
-        const Descriptor file(QFile::encodeName(path), O_RDONLY);
+        // A named pipe is waited for in readAll(), where a signal is seen.
+        const Descriptor file(QFile::encodeName(path), O_RDONLY | O_NONBLOCK);
         if (file.get() < 0) {
             throw Exit(kFailed, QStringLiteral("无法打开密钥文件 %1：%2")
                                     .arg(path, QString::fromLocal8Bit(std::strerror(errno))));
         }
-        bytes = readAll(file.get(), name, kLongestKey);
+        bytes = readAll(file.get(), name, kLongestKey, signalWatch);
     }
     if (bytes.endsWith('\n')) {
         bytes.chop(bytes.endsWith("\r\n") ? 2 : 1);
@@ -142,8 +145,12 @@ QString keyFromTerminal(bool twice, SignalWatch& signalWatch) {
         keyFromBytes(typedLine(terminal.get(), QStringLiteral("密钥："), signalWatch), where);
     if (twice) {
         QByteArray again = typedLine(terminal.get(), QStringLiteral("再次输入密钥："), signalWatch);
-        const bool isSame = QString::fromUtf8(again) == key;
+        std::optional<QString> second = exactText(again);
         wipe(again);
+        const bool isSame = second == key;
+        if (second) {
+            secureWipe(*second);
+        }
         if (!isSame) {
             secureWipe(key);
             throw Exit(kFailed, QStringLiteral("两次输入的密钥不同"));
@@ -155,7 +162,7 @@ QString keyFromTerminal(bool twice, SignalWatch& signalWatch) {
 }  // namespace
 
 QString obtainKey(const std::optional<QString>& keyFile, bool twice, SignalWatch& signalWatch) {
-    return keyFile ? keyFromFile(*keyFile) : keyFromTerminal(twice, signalWatch);
+    return keyFile ? keyFromFile(*keyFile, signalWatch) : keyFromTerminal(twice, signalWatch);
 }
 
 }  // namespace keeper::cli

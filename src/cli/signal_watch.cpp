@@ -14,11 +14,15 @@ namespace keeper::cli {
 
 namespace {
 
+/// Without those that the caller had ignored: a run under nohup outlives its terminal.
 sigset_t endingSignals() {
     sigset_t set;
     sigemptyset(&set);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
-        sigaddset(&set, signal);
+        struct sigaction current {};
+        if (::sigaction(signal, nullptr, &current) == 0 && current.sa_handler != SIG_IGN) {
+            sigaddset(&set, signal);
+        }
     }
     return set;
 }

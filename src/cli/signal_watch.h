@@ -6,7 +6,8 @@
 namespace keeper::cli {
 
 /// Holds back the signals that end a program (Ctrl-C, hang-up, terminate), so that work in progress
-/// can be undone first. They are looked at, never handled behind the program's back.
+/// can be undone first. They are looked at, never handled behind the program's back. A signal that
+/// was ignored when the program started stays ignored.
 class SignalWatch {
   public:
     SignalWatch();

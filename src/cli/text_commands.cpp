@@ -3,8 +3,6 @@
 
 #include <unistd.h>
 
-#include <QStringDecoder>
-
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/key_entry.h"
@@ -12,6 +10,7 @@
 #include "cli/signal_watch.h"
 #include "crypto/code_page.h"
 #include "crypto/cryptor3.h"
+#include "crypto/hex_display.h"
 #include "crypto/secure_wipe.h"
 
 namespace keeper::cli {
@@ -20,16 +19,14 @@ namespace {
 
 constexpr qsizetype kLongestText = qsizetype{16} * 1024 * 1024;
 
-QString standardInput() {
-    QByteArray bytes = readAll(STDIN_FILENO, QStringLiteral("标准输入"), kLongestText);
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    QString text = decoder.decode(bytes);
+QString standardInput(SignalWatch& signalWatch) {
+    QByteArray bytes = readAll(STDIN_FILENO, QStringLiteral("标准输入"), kLongestText, signalWatch);
+    std::optional<QString> text = exactText(bytes);
     secureWipe(bytes.data(), static_cast<std::size_t>(bytes.size()));
-    if (decoder.hasError()) {
-        secureWipe(text);
+    if (!text) {
         throw Exit(kFailed, QStringLiteral("标准输入不是 UTF-8 文本"));
     }
-    return text;
+    return *std::move(text);
 }
 
 /// What the text form would lose is refused: characters outside the code page, and a NUL, which
@@ -42,6 +39,14 @@ void requireKept(const QString& text) {
     }
 }
 
+/// The class skips what is no digit: a text that has none would pass as the cipher of nothing.
+void requireDigits(const QString& text) {
+    std::vector<std::uint8_t> bytes;
+    if (!text.trimmed().isEmpty() && HexDisplayToBytes(text, bytes) == 0) {
+        throw Exit(kFailed, QStringLiteral("标准输入不是密文：没有十六进制数字"));
+    }
+}
+
 }  // namespace
 
 int runTextCommand(const Arguments& arguments) {
@@ -49,10 +54,12 @@ int runTextCommand(const Arguments& arguments) {
     SignalWatch signalWatch;
     QString key = obtainKey(arguments.keyFile, isEncryption, signalWatch);
     const WipeGuard wipeKey(key);
-    QString text = standardInput();
+    QString text = standardInput(signalWatch);
     const WipeGuard wipeText(text);
     if (isEncryption) {
         requireKept(text);
+    } else {
+        requireDigits(text);
     }
     QuietHost host;
     Cryptor3 cipher(host);

@@ -21,13 +21,18 @@ namespace keeper {
 
 namespace {
 
-/// From here on the length in bits leaves the signed 32-bit number that it is counted in.
-constexpr std::int64_t kSizeLimit = 268'435'456;
+/// From here on the counted bytes, as bits, leave the signed 32-bit number that holds them.
+constexpr std::uint64_t kCountLimit = 268'435'456;
 /// A file below this size is digested too fast for the event loop to be worth a turn at the end.
 constexpr std::uint64_t kBigFile = 102'400;
 /// Small enough for the second-level cache, large enough that system calls do not count.
 constexpr std::size_t kBuffer = std::size_t{128} * 1024;
 constexpr float kProgressStep = 0.5F;
+
+/// The bytes that are digested: the block that ends exactly with the file is left out.
+std::uint64_t countedBytes(std::uint64_t size) {
+    return size > 0 && size % kDigestBlock == 0 ? size - kDigestBlock : size;
+}
 
 QString finish(Md5State& state, std::span<const std::uint8_t> tail, std::uint64_t totalBytes) {
     const PaddedTail last(tail, totalBytes, std::endian::little);
@@ -71,7 +76,7 @@ bool Cryptor1::hashFile(const QString& path, QString& digest) {
     const BusyScope busy(m_isCalculating, m_stopRequested);
     try {
         PosixFile file = PosixFile::openSource(path);
-        if (file.size() >= kSizeLimit) {
+        if (countedBytes(static_cast<std::uint64_t>(file.size())) >= kCountLimit) {
             return false;
         }
         digest = digestOf(file);
@@ -84,9 +89,8 @@ bool Cryptor1::hashFile(const QString& path, QString& digest) {
 
 QString Cryptor1::digestOf(PosixFile& file) {
     const auto size = static_cast<std::uint64_t>(file.size());
-    // The block that ends exactly with the file is left out.
     const std::uint64_t tail = size % kDigestBlock;
-    const std::uint64_t counted = size > 0 && tail == 0 ? size - kDigestBlock : size;
+    const std::uint64_t counted = countedBytes(size);
     const std::uint64_t wholeBlocksEnd = counted - tail;
 
     std::vector<std::uint8_t> buffer(kBuffer);

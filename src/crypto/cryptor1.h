@@ -29,7 +29,7 @@ class Cryptor1 {
     /// this way; every other file gets its true MD5.
     ///
     /// False, without a message and with `digest` as it was: the file cannot be read, has
-    /// 268,435,456 bytes or more, or p_stopRequested was set meanwhile.
+    /// more than 268,435,456 bytes, or p_stopRequested was set meanwhile.
     [[nodiscard]] bool hashFile(const QString& path, QString& digest);
 
     /// True while hashFile() runs.

@@ -61,7 +61,9 @@ class Cryptor3 {
                          int p, int q);
 
     /// Array form. With `appendSize` the last byte of the ciphertext's plaintext holds the length
-    /// modulo the block. Errors throw CryptorError 0x80040001 .. 0x80040004.
+    /// modulo the block. Errors throw CryptorError 0x80040001, 3 or 4; 0x80040002, an array that
+    /// does not begin at index 0, cannot occur with spans. REQUIRES: the input does not lie in the
+    /// vector that is filled.
     void ArrayEncrypt(std::span<const std::uint8_t> plaintext,
                       std::vector<std::uint8_t>& ciphertext, bool appendSize, int blockBits);
     void ArrayDecrypt(std::vector<std::uint8_t>& plaintext,
@@ -97,6 +99,8 @@ class Cryptor3 {
     [[nodiscard]] int Nr() const { return m_key.rounds; }
     /// What ended the last file operation, also where nothing was shown; empty after success.
     [[nodiscard]] const QString& lastFailure() const { return m_lastFailure; }
+    /// Its number (those of PosixFile, or of the errors named above), 0 after success.
+    [[nodiscard]] std::int32_t lastFailureNumber() const { return m_lastFailureNumber; }
 
     /// Called with the percentage done, at steps of at least 1.0, before the event loop turns.
     std::function<void(float percent)> DisplayProgress;
@@ -117,7 +121,9 @@ class Cryptor3 {
     /// Whole blocks; a stop takes effect within 64 KiB.
     void cipherBlocks(const rijndael::KeySchedule& key, int columns, bool decrypt,
                       const std::uint8_t* source, std::uint8_t* destination, std::size_t bytes);
-    bool cipherFile(bool decrypt, const QString& source, const QString& target, int blockBits);
+    /// With `mustLast` the target's content is on the disk when this has returned true.
+    bool cipherFile(bool decrypt, const QString& source, const QString& target, int blockBits,
+                    bool mustLast);
     bool cipherFileWithKey(bool decrypt, const QString& source, const QString& target,
                            const QString& key, bool deleteSource);
     void showFailure(const QString& operation, const CryptorError& error);
@@ -126,6 +132,7 @@ class Cryptor3 {
     const rijndael::Implementation& m_implementation;
     rijndael::KeySchedule m_key;
     QString m_lastFailure;
+    std::int32_t m_lastFailureNumber = 0;
     std::atomic<bool> m_stopRequested = false;
     bool m_isCalculating = false;
 

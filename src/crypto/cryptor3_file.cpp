@@ -72,7 +72,7 @@ class Cryptor3::FileRun {
     FileRun(const FileRun&) = delete;
     FileRun& operator=(const FileRun&) = delete;
 
-    void run(int blockBits);
+    void run(int blockBits, bool mustLast);
     /// After a failure: closes both files, and deletes the target if it was opened.
     void abandon();
 
@@ -97,7 +97,7 @@ class Cryptor3::FileRun {
     std::int64_t m_paddedLength = 0;
 };
 
-void Cryptor3::FileRun::run(int blockBits) {
+void Cryptor3::FileRun::run(int blockBits, bool mustLast) {
     if (blockBits < 128 || blockBits > 256 || blockBits % 32 != 0) {
         raise(static_cast<std::int32_t>(0x80040001U), QStringLiteral("字区大小的值不合法！"));
     }
@@ -109,6 +109,10 @@ void Cryptor3::FileRun::run(int blockBits) {
     openTarget();
     cipherAll();
     m_source.close();
+    if (mustLast) {
+        // Here, not by its path: a target that may be written need not be readable.
+        m_target.flush();
+    }
     m_target.close();
 }
 
@@ -218,18 +222,20 @@ void Cryptor3::FileRun::abandon() {
     }
 }
 
-bool Cryptor3::cipherFile(bool decrypt, const QString& source, const QString& target,
-                          int blockBits) {
+bool Cryptor3::cipherFile(bool decrypt, const QString& source, const QString& target, int blockBits,
+                          bool mustLast) {
     m_lastFailure.clear();
+    m_lastFailureNumber = 0;
     FileRun run(*this, decrypt, source, target);
     SetCalculating(true);
     try {
-        run.run(blockBits);
+        run.run(blockBits, mustLast);
         SetCalculating(false);
         return true;
     } catch (...) {
         const CryptorError error = currentCryptorError();
         m_lastFailure = error.description();
+        m_lastFailureNumber = error.number();
         if (error.number() == PosixFile::AccessRefused) {
             m_host.showMessage(
                 CryptorHost::Severity::Exclamation,
@@ -246,11 +252,11 @@ bool Cryptor3::cipherFile(bool decrypt, const QString& source, const QString& ta
 }
 
 bool Cryptor3::FileEncrypt(const QString& source, const QString& target, int blockBits) {
-    return cipherFile(/*decrypt=*/false, source, target, blockBits);
+    return cipherFile(/*decrypt=*/false, source, target, blockBits, /*mustLast=*/false);
 }
 
 bool Cryptor3::FileDecrypt(const QString& target, const QString& source, int blockBits) {
-    return cipherFile(/*decrypt=*/true, source, target, blockBits);
+    return cipherFile(/*decrypt=*/true, source, target, blockBits, /*mustLast=*/false);
 }
 
 bool Cryptor3::cipherFileWithKey(bool decrypt, const QString& source, const QString& target,
@@ -266,17 +272,18 @@ bool Cryptor3::cipherFileWithKey(bool decrypt, const QString& source, const QStr
         }
         const int bits = sizeForKey(key.size());
         SetCipherKeyString(key, bits, bits, /*isHex=*/false);
-        if (!cipherFile(decrypt, source, target, bits)) {
+        if (!cipherFile(decrypt, source, target, bits, deleteSource)) {
             return false;
         }
         if (deleteSource) {
-            PosixFile::flushToDisk(target);
+            PosixFile::flushFolderOf(target);
             PosixFile::deleteFile(source);
         }
         return true;
     } catch (...) {
         const CryptorError error = currentCryptorError();
         m_lastFailure = error.description();
+        m_lastFailureNumber = error.number();
         showFailure(decrypt ? QStringLiteral("DecryptFile") : QStringLiteral("EncryptFile"), error);
         return false;
     }

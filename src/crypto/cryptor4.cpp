@@ -23,8 +23,8 @@ constexpr char16_t kAlphabet[] =
 /// The square of a residue still fits a signed 32-bit number.
 constexpr std::int32_t kLargestModulus = 46'340;
 constexpr std::int32_t kPrimeLimit = 1'000;
-/// Below it next to no pair of primes gives a modulus above 255.
-constexpr std::int32_t kSmallestLimit = 1'000;
+/// The smallest product of two different primes above 255, 7 times 37.
+constexpr std::int32_t kSmallestLimit = 259;
 /// The code that a key is tried on, the largest that a password can hold.
 constexpr std::int32_t kProbe = 255;
 

@@ -35,7 +35,7 @@ class Cryptor4 {
 
     /// A fresh key of the RSA scheme from two primes below 1,000, whose modulus is above 255, fits
     /// Mult, and is not above `limit` where that is not 0. Throws std::invalid_argument for a
-    /// limit from 1 to 999, which too few keys would meet.
+    /// negative limit and for one from 1 to 258, which no key can meet.
     [[nodiscard]] Key GenKey(std::int32_t limit);
     /// What GenKey made last; zeros before the first.
     [[nodiscard]] const Key& lastKey() const { return m_lastKey; }

@@ -39,6 +39,7 @@ namespace {
         case ENAMETOOLONG:
             raise(PosixFile::PathNotFound, QStringLiteral("路径未找到。"));
         case EISDIR:
+        case ENXIO:
             raise(PosixFile::NotAFile, QStringLiteral("路径不是普通文件。"));
         case EEXIST:
             raise(PosixFile::AlreadyExists, QStringLiteral("文件已存在。"));
@@ -92,7 +93,12 @@ PosixFile PosixFile::openSource(const QString& path) {
 }
 
 PosixFile PosixFile::openTarget(const QString& path, mode_t mode) {
-    return {path, O_WRONLY | O_CREAT, mode, PathNotFound};
+    // Not blocking, as above.
+    PosixFile file(path, O_WRONLY | O_CREAT | O_NONBLOCK, mode, PathNotFound);
+    if (!S_ISREG(file.m_status.st_mode)) {
+        raise(NotAFile, QStringLiteral("路径不是普通文件。"));
+    }
+    return file;
 }
 
 PosixFile PosixFile::createBeside(const QString& target, QString& path) {
@@ -201,17 +207,22 @@ bool PosixFile::isUsable(const QString& path) {
 }
 
 void PosixFile::flushToDisk(const QString& path) {
-    const auto flush = [](const QString& name, int flags) {
-        const PosixFile file(name, flags, 0, FileNotFound);
-        if (::fsync(file.m_descriptor) != 0 && errno != EINVAL && errno != ENOTSUP) {
-            raiseSystemError(errno, FileNotFound);
-        }
-    };
-    flush(path, O_RDONLY);
+    PosixFile(path, O_RDONLY, 0, FileNotFound).flush();
+    flushFolderOf(path);
+}
+
+void PosixFile::flushFolderOf(const QString& path) {
     if (const auto real = realPath(path)) {
         const QString name = QFile::decodeName(real.get());
-        flush(name.left(qMax(name.lastIndexOf(QLatin1Char('/')), qsizetype{1})),
-              O_RDONLY | O_DIRECTORY);
+        PosixFile(name.left(qMax(name.lastIndexOf(QLatin1Char('/')), qsizetype{1})),
+                  O_RDONLY | O_DIRECTORY, 0, FileNotFound)
+            .flush();
+    }
+}
+
+void PosixFile::flush() {
+    if (::fsync(m_descriptor) != 0 && errno != EINVAL && errno != ENOTSUP) {
+        raiseSystemError(errno, FileNotFound);
     }
 }
 

@@ -28,8 +28,8 @@ class PosixFile {
 
     /// A regular file for reading from start to end.
     [[nodiscard]] static PosixFile openSource(const QString& path);
-    /// A file for writing from its start. What it holds already is not cut off. A new one gets the
-    /// permissions `mode`, less the process's mask.
+    /// A regular file for writing from its start. What it holds already is not cut off. A new one
+    /// gets the permissions `mode`, less the process's mask.
     [[nodiscard]] static PosixFile openTarget(const QString& path, mode_t mode);
     /// A new file for its owner alone, in the folder of `target`; `path` becomes its path. Fails
     /// with NotAFile where a folder or a device stands at `target`.
@@ -57,6 +57,8 @@ class PosixFile {
     void beginWriteBack(std::int64_t offset, std::int64_t length);
     /// Reports what the file system found out only now.
     void close();
+    /// What was written survives a power cut when this has returned; its name need not.
+    void flush();
     /// Closes without a word, on the way out of a failure.
     void abandon() noexcept;
 
@@ -68,6 +70,8 @@ class PosixFile {
     [[nodiscard]] static bool isUsable(const QString& path);
     /// Contents and name of the file survive a power cut when this has returned.
     static void flushToDisk(const QString& path);
+    /// The name of the file survives a power cut when this has returned.
+    static void flushFolderOf(const QString& path);
     static void deleteFile(const QString& path);
     /// In one step. With `keepExisting` a file that stands at `to` is AlreadyExists.
     static void moveFile(const QString& from, const QString& to, bool keepExisting);

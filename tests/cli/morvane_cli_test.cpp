@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -141,6 +142,68 @@ TEST_F(MorvaneCli, TextsGoThroughPipes) {
     expectOneLine(run(QStringList{QStringLiteral("decrypt-text")} + key, "0102"), 1);
 }
 
+TEST_F(MorvaneCli, NoByteOfATextIsDroppedInSilence) {
+    const QStringList key{QStringLiteral("--key-file"), keyFile};
+    const QStringList encrypt = QStringList{QStringLiteral("encrypt-text")} + key;
+    const QStringList decrypt = QStringList{QStringLiteral("decrypt-text")} + key;
+    for (const QByteArray& text : {QByteArray("abc\xE5"), QByteArray("abc\xE5\xAF"),
+                                   QByteArray("\xEF\xBB\xBF"
+                                              "abc"),
+                                   QByteArray("a\0b", 3)}) {
+        const Outcome outcome = run(encrypt, text);
+        expectOneLine(outcome, 1);
+        EXPECT_TRUE(outcome.out.isEmpty());
+    }
+    expectOneLine(run(decrypt, "no cipher: zzz"), 1);
+    EXPECT_EQ(run(decrypt, " \r\n").status, 0);
+    for (const QByteArray& badKey : {QByteArray("k\xE5"), QByteArray("\xEF\xBB\xBFk")}) {
+        expectOneLine(
+            run({QStringLiteral("encrypt"), QStringLiteral("--key-file=-"), plain, sealed}, badKey),
+            1);
+    }
+    EXPECT_FALSE(files.exists(QStringLiteral("sealed.aes")));
+}
+
+TEST_F(MorvaneCli, TheErrorLineNamesTheFileThatIsToBlame) {
+    const QString missing = files.path(QStringLiteral("missing"));
+    for (const QString& ending : {QStringLiteral(".aes"), QStringLiteral(".xor")}) {
+        const QString target = files.path(QStringLiteral("no/x")) + ending;
+        const Outcome noFolder = withKey(QStringLiteral("encrypt"), {plain, target});
+        EXPECT_EQ(QString::fromUtf8(noFolder.error),
+                  QStringLiteral("morvane-cli: %1：路径未找到。\n").arg(target));
+        const Outcome noSource =
+            withKey(QStringLiteral("encrypt"), {missing, files.path(QStringLiteral("x")) + ending});
+        EXPECT_EQ(QString::fromUtf8(noSource.error),
+                  QStringLiteral("morvane-cli: %1：文件未找到。\n").arg(missing));
+    }
+    files.write(QStringLiteral("empty"), {});
+    const Outcome empty =
+        withKey(QStringLiteral("encrypt"), {files.path(QStringLiteral("empty")), sealed});
+    expectOneLine(empty, 1);
+    EXPECT_TRUE(empty.error.contains(files.path(QStringLiteral("empty")).toUtf8()));
+}
+
+TEST_F(MorvaneCli, DecipheredFilesArePrivateAndPathsMayBeginWithADash) {
+    ASSERT_EQ(::chmod(qPrintable(plain), 0644), 0);
+    ASSERT_EQ(withKey(QStringLiteral("encrypt"), {QStringLiteral("--"), plain, sealed}).status, 0);
+    QProcess process;
+    process.setWorkingDirectory(files.path(QString()));
+    process.start(QStringLiteral(MORVANE_CLI),
+                  {QStringLiteral("decrypt"), QStringLiteral("--key-file"), QStringLiteral("key"),
+                   QStringLiteral("--"), QStringLiteral("sealed.aes"), QStringLiteral("-back")});
+    ASSERT_TRUE(process.waitForFinished());
+    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    EXPECT_EQ(files.read(QStringLiteral("-back")), data);
+    const auto modeOf = [this](const QString& name) {
+        struct stat status {};
+        EXPECT_EQ(::stat(qPrintable(files.path(name)), &status), 0);
+        return status.st_mode & 0777U;
+    };
+    EXPECT_EQ(modeOf(QStringLiteral("sealed.aes")) & 0077U,
+              modeOf(QStringLiteral("plain")) & 0077U);
+    EXPECT_EQ(modeOf(QStringLiteral("-back")), 0600U);
+}
+
 TEST_F(MorvaneCli, DigestsAreOneLineAFileAndAMissingOneDoesNotStopTheRest) {
     files.write(QStringLiteral("abc"), Bytes{'a', 'b', 'c'});
     const QString abc = files.path(QStringLiteral("abc"));
@@ -169,9 +232,13 @@ TEST_F(MorvaneCli, WrongUsageIsStatusTwo) {
 /// The program on a terminal of its own.
 class Terminal {
   public:
-    explicit Terminal(const QStringList& arguments) {
+    /// `ignored`: a signal that is ignored when the program starts, as nohup does.
+    explicit Terminal(const QStringList& arguments, int ignored = 0) {
         m_child = ::forkpty(&m_master, nullptr, nullptr, nullptr);
         if (m_child == 0) {
+            if (ignored != 0) {
+                ::signal(ignored, SIG_IGN);
+            }
             std::vector<QByteArray> words{MORVANE_CLI};
             for (const QString& argument : arguments) {
                 words.push_back(argument.toUtf8());
@@ -229,6 +296,23 @@ class Terminal {
     pid_t m_child = -1;
 };
 
+/// Until the process holds the ending signals back: one before that meets a program that only
+/// starts.
+void waitUntilItWatches(pid_t child) {
+    const QString path = QStringLiteral("/proc/%1/status").arg(child);
+    constexpr quint64 termination = quint64{1} << (SIGTERM - 1);
+    for (int i = 0; i < 1000; ++i) {
+        QFile file(path);
+        const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        const QByteArray blocked = text.mid(text.indexOf("SigBlk:") + 7, 17).trimmed();
+        if ((blocked.toULongLong(nullptr, 16) & termination) != 0) {
+            return;
+        }
+        ::poll(nullptr, 0, 10);
+    }
+    FAIL() << "the program does not watch its signals";
+}
+
 TEST_F(MorvaneCli, TheTerminalIsAskedTwiceWithoutEchoAndShowsABar) {
     Terminal terminal({QStringLiteral("encrypt"), plain, sealed});
     ASSERT_TRUE(terminal.waitFor("密钥："));
@@ -259,6 +343,27 @@ TEST_F(MorvaneCli, CtrlCAtTheQuestionEndsWith130) {
     EXPECT_EQ(terminal.finish(), 130);
 }
 
+/// Standard input is the terminal here, and the key a pipe that nobody writes.
+TEST_F(MorvaneCli, SignalsEndTheWaitForInput) {
+    const QString pipe = files.path(QStringLiteral("pipe"));
+    ASSERT_EQ(::mkfifo(qPrintable(pipe), 0600), 0);
+    for (const QString& key : {keyFile, pipe}) {
+        Terminal text({QStringLiteral("encrypt-text"), QStringLiteral("--key-file"), key});
+        text.type("typed so far\n");
+        ASSERT_TRUE(text.waitFor("typed so far"));
+        waitUntilItWatches(text.child());
+        text.type("\x03");
+        EXPECT_EQ(text.finish(), 130);
+    }
+    Terminal stubborn({QStringLiteral("encrypt-text"), QStringLiteral("--key-file"), keyFile},
+                      SIGHUP);
+    waitUntilItWatches(stubborn.child());
+    ::kill(stubborn.child(), SIGHUP);
+    stubborn.type("a\n\x04");
+    EXPECT_EQ(stubborn.finish(), 0);
+    EXPECT_FALSE(files.exists(QStringLiteral("sealed.aes")));
+}
+
 TEST_F(MorvaneCli, CtrlCInTheMiddleLeavesTheSourceAndNothingElse) {
     for (const QString& target : {QStringLiteral("big.aes"), QStringLiteral("big.xor")}) {
         const QString big = files.writeSparse(QStringLiteral("big"), qint64{600} << 20);
@@ -271,6 +376,20 @@ TEST_F(MorvaneCli, CtrlCInTheMiddleLeavesTheSourceAndNothingElse) {
         EXPECT_EQ(terminal.finish(), 130);
         EXPECT_EQ(names(), before);
     }
+}
+
+TEST_F(MorvaneCli, CtrlCWhileDecipheringLeavesNoPlaintext) {
+    const QString big = files.writeSparse(QStringLiteral("zeros"), qint64{600} << 20);
+    ASSERT_EQ(
+        withKey(QStringLiteral("encrypt"), {QStringLiteral("--delete-source"), big, sealed}).status,
+        0);
+    const QStringList before = names();
+    Terminal terminal(
+        {QStringLiteral("decrypt"), QStringLiteral("--key-file"), keyFile, sealed, back});
+    ASSERT_TRUE(terminal.waitFor("%"));
+    ::kill(terminal.child(), SIGTERM);
+    EXPECT_EQ(terminal.finish(), 143);
+    EXPECT_EQ(names(), before);
 }
 
 }  // namespace

@@ -5,11 +5,13 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <QDir>
 #include <algorithm>
 
 #include "support/fake_cryptor_host.h"
+#include "support/file_size_limit.h"
 #include "support/test_files.h"
 
 namespace keeper {
@@ -154,6 +156,38 @@ TEST_F(XorCipher, FailuresAreShownAndLoseNothing) {
     }
     EXPECT_EQ(files.read(QStringLiteral("source")), plain);
     EXPECT_EQ(names().size(), 2) << "empty and source";
+}
+
+TEST_F(XorCipher, AFullDiskAndRefusedAccessLoseNothing) {
+    constexpr uid_t nobody = 65534;
+    const bool isRoot = ::geteuid() == 0;
+    const Bytes plain = noise(600'000);
+    const Bytes old{1, 2, 3};
+    files.write(QStringLiteral("source"), plain);
+    files.write(QStringLiteral("target"), old);
+    {
+        const FileSizeLimit full(300'000);
+        EXPECT_FALSE(cipher.EncryptFile(source, target, key));
+    }
+    EXPECT_EQ(names().size(), 2) << "no part of the result is left";
+    files.write(QStringLiteral("secret"), old);
+    const QString secret = files.path(QStringLiteral("secret"));
+    ASSERT_EQ(::chmod(qPrintable(secret), 0), 0);
+    ASSERT_EQ(::chmod(qPrintable(source), 0644), 0);
+    ASSERT_EQ(::chmod(qPrintable(files.path(QString())), 0555), 0);
+    ASSERT_TRUE(!isRoot || ::seteuid(nobody) == 0);
+    const bool fromSecret = cipher.DecryptFile(secret, target, key);
+    const bool intoLocked = cipher.EncryptFile(source, target, key);
+    ASSERT_TRUE(!isRoot || ::seteuid(0) == 0);
+    ASSERT_EQ(::chmod(qPrintable(files.path(QString())), 0755), 0);
+    EXPECT_FALSE(fromSecret || intoLocked);
+    ASSERT_EQ(host.messages.size(), 3U);
+    EXPECT_TRUE(host.messages[0].second.startsWith(u"[61]cXOR.EncryptFile:\r\n"));
+    EXPECT_TRUE(host.messages[1].second.startsWith(u"[70]cXOR.DecryptFile:\r\n"));
+    EXPECT_TRUE(host.messages[2].second.startsWith(u"[70]cXOR.EncryptFile:\r\n"));
+    EXPECT_EQ(files.read(QStringLiteral("source")), plain);
+    EXPECT_EQ(files.read(QStringLiteral("target")), old);
+    EXPECT_EQ(names().size(), 3);
 }
 
 TEST_F(XorCipher, TextsComeBackWhateverTheirBytesBecome) {

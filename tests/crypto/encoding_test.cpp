@@ -99,7 +99,10 @@ TEST_F(PublicKeyCodec, GeneratedKeysWorkAndRespectTheLimit) {
         ASSERT_EQ(codec.Decode(codec.Encode(allCodes(), key[0], key[2]), key[1], key[2]),
                   allCodes());
     }
-    EXPECT_THROW((void)codec.GenKey(200), std::invalid_argument);
+    // 7 times 37 is the smallest product above the largest code.
+    EXPECT_EQ(codec.GenKey(259)[2], 259);
+    EXPECT_THROW((void)codec.GenKey(258), std::invalid_argument);
+    EXPECT_THROW((void)codec.GenKey(-1), std::invalid_argument);
 }
 
 TEST_F(PublicKeyCodec, RandomPasswordsUseEveryCodeButZeroEvenly) {
