@@ -60,6 +60,7 @@ bool SessionEnd::requestClose(CloseReason reason, AutoExit autoExit) {
             break;
         case CloseReason::Killed:
             m_ports.database.DiscardWorkingCopy();
+            m_isDiscarded = true;
             m_status = kExitUndefined;
             break;
         case CloseReason::Other:
@@ -95,11 +96,18 @@ void SessionEnd::end() {
     }
     m_ports.unlockFolder();
     m_ports.system.CloseForms();
-    writeLog();
+    if (!m_isDiscarded) {
+        writeLog();
+    }
     m_ports.stopRunTime();
-    m_hasBackup = IsBackupDue(m_backupPath);
-    m_ports.system.WriteDB(/*isNew=*/false);
-    seal();
+    if (m_isDiscarded) {
+        // Nothing is open any more: the sealed file stands as at the last clean exit.
+        writeUser();
+    } else {
+        m_hasBackup = IsBackupDue(m_backupPath);
+        m_ports.system.WriteDB(/*isNew=*/false);
+        seal();
+    }
     m_ports.removeTray();
 }
 
@@ -128,6 +136,10 @@ void SessionEnd::seal() {
     if (m_hasBackup) {
         copyBackup();
     }
+    writeUser();
+}
+
+void SessionEnd::writeUser() {
     User& user = m_ports.system.user();
     user.p_activeFile(QString());
     user.p_activeTime(m_ports.clock.now());

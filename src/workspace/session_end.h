@@ -71,6 +71,8 @@ class SessionEnd {
     void writeLog();
     void seal();
     void copyBackup();
+    /// The record of a session that has ended and left no working copy.
+    void writeUser();
     [[nodiscard]] bool isPeriodOver() const;
     void startNextPeriod();
 
@@ -78,6 +80,7 @@ class SessionEnd {
     qint64 m_runSeconds = 0;
     int m_status = 0;
     bool m_hasBackup = false;
+    bool m_isDiscarded = false;
     QString m_backupPath;
 };
 
