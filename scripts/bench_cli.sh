@@ -11,7 +11,7 @@ folder=$(mktemp -d /dev/shm/morvane-bench.XXXXXX)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
 printf '0123456789abcdef0123456789abcdef' > key
-head -c 268435455 /dev/urandom > big
+head -c 268435456 /dev/urandom > big
 head -c 1024 /dev/urandom > small
 hex=$(printf '30%.0s' {1..32})
 encrypt="$cli encrypt --key-file key --force"
@@ -37,6 +37,10 @@ compare 'md5 of 256 MiB' "$cli digest big" 'md5sum big'
 compare 'sha1 of 256 MiB' "$cli digest --algorithm sha1 big" 'openssl dgst -sha1 big'
 compare 'encipher 1 KiB' --runs 300 "$encrypt small small.aes" \
     "openssl enc -aes-256-ecb -K $hex -in small -out small.ssl"
+
+openssl enc -aes-256-ecb -K "$hex" -in small -out small.ssl
+compare 'decipher 1 KiB' --runs 300 "$decrypt small.aes small.out" \
+    "openssl enc -d -aes-256-ecb -K $hex -in small.ssl -out small.out2"
 
 # The largest resident set of a run, in KiB.
 memory() {
