@@ -139,6 +139,13 @@ bool Settings::WriteDB(bool isNew) {
 }
 
 bool Settings::NewBuild(const QString& userName) {
+    // One object serves all logins of the program, so the rows may be those of another user; the
+    // two hints and the digest were given for the new one.
+    Tables fresh;
+    for (const std::size_t given : {3U, 4U, 5U}) {
+        fresh.texts.row(given) = m_rows.texts.row(given);
+    }
+    m_rows = fresh;
     p_loadTips(true);
     p_recentUpdateAmount(10);
     p_optionTabNo(1);

@@ -46,7 +46,8 @@ class Settings {
     /// Writes all rows in one transaction: into the empty tables of a new database, or over the
     /// rows that stand. A failure is shown and changes nothing.
     bool WriteDB(bool isNew);
-    /// The values of a new database of `userName`, written.
+    /// The values of a new database of `userName`, written. Of the rows in memory only the digest
+    /// of the independent password and the two hints stay.
     bool NewBuild(const QString& userName);
     /// Turns settings whose meaning has changed since data version `fromVersion`; in memory.
     bool UpgradeDatabase(std::uint8_t fromVersion);

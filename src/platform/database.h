@@ -136,6 +136,7 @@ class Statement {
     [[nodiscard]] std::string_view utf8(int column) const;
     [[nodiscard]] std::int64_t integer(int column) const;
     [[nodiscard]] bool flag(int column) const { return integer(column) != 0; }
+    /// A time that the local clock leaves out reads as the moment behind the gap.
     [[nodiscard]] QDateTime dateTime(int column) const;
     [[nodiscard]] QDate date(int column) const { return dateTime(column).date(); }
 

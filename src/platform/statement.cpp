@@ -170,7 +170,13 @@ QDateTime Statement::dateTime(int column) const {
     }
     const QDate date(getDigits(text, 4), getDigits(text + 5, 2), getDigits(text + 8, 2));
     const QTime time(getDigits(text + 11, 2), getDigits(text + 14, 2), getDigits(text + 17, 2));
-    return date.isValid() && time.isValid() ? QDateTime(date, time) : QDateTime();
+    if (!date.isValid() || !time.isValid()) {
+        return {};
+    }
+    const QDateTime moment(date, time);
+    // Written in a zone where clocks did not jump then; a day on from the day before lies behind
+    // the gap.
+    return moment.isValid() ? moment : QDateTime(date.addDays(-1), time).addSecs(24 * 60 * 60);
 }
 
 }  // namespace keeper

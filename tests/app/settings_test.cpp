@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <limits>
 
 #include "app/open_forms.h"
@@ -132,6 +133,37 @@ TEST_F(SettingsTest, WrongRowsAreAFailureOfTheWhole) {
         }
         database.execute("ROLLBACK TO fault; RELEASE fault");
     }
+}
+
+TEST_F(SettingsTest, ADayWithoutMidnightInAnotherZoneIsNoFault) {
+    ASSERT_TRUE(settings.NewBuild(QStringLiteral("a")));
+    const QByteArray before = qgetenv("TZ");
+    qputenv("TZ", "America/Santiago");
+    ::tzset();
+    database.execute("UPDATE tb_TypeDate SET value='2026-09-06T00:00:00'");
+    EXPECT_FALSE(readFails());
+    QString message;
+    EXPECT_TRUE(settings.ReadDB(message));
+    EXPECT_EQ(settings.p_backupStart(), QDate(2026, 9, 6).startOfDay());
+    before.isNull() ? qunsetenv("TZ") : qputenv("TZ", before);
+    ::tzset();
+}
+
+TEST_F(SettingsTest, ANewUserGetsNothingOfTheLastOne) {
+    settings.p_autoLock(true);
+    settings.p_networkBackupDays(9);
+    settings.p_lastSynchDate(clock.now());
+    settings.p_backImagePath(QStringLiteral("/old"));
+    settings.SetHashIdpPwd(QStringLiteral("new"));
+    settings.p_idpPwdTip(QStringLiteral("tip 1"));
+    settings.p_lgnKeyTip(QStringLiteral("tip 2"));
+    const QString digest = settings.p_idpPwdHashCode();
+    ASSERT_TRUE(settings.NewBuild(QStringLiteral("a")));
+    EXPECT_FALSE(settings.p_autoLock() || settings.p_lastSynchDate().isValid());
+    EXPECT_EQ(settings.p_networkBackupDays(), 0);
+    EXPECT_EQ(settings.p_backImagePath(), QString());
+    EXPECT_EQ(settings.p_idpPwdHashCode(), digest);
+    EXPECT_EQ(settings.p_idpPwdTip() + settings.p_lgnKeyTip(), QStringLiteral("tip 1tip 2"));
 }
 
 TEST_F(SettingsTest, WritingIsAllOrNothing) {
