@@ -4,7 +4,6 @@
 #include "guard/session_connect.h"
 
 #include <QFileInfo>
-#include <QLocale>
 
 #include "app/destruction.h"
 #include "app/settings.h"
@@ -20,6 +19,7 @@
 #include "store/failure.h"
 #include "store/sealed_database.h"
 #include "store/sys_logs.h"
+#include "store/time_text.h"
 
 namespace keeper {
 namespace {
@@ -280,7 +280,7 @@ void SessionConnect::ReportAfterLogin(bool resumed) {
     }
     if (resumed) {
         report(QStringLiteral("您的密码数据库曾于 %1 登录后异常退出，现管理器已为您恢复。")
-                   .arg(QLocale().toString(user.p_activeTime(), QLocale::ShortFormat)));
+                   .arg(Time::ShowMoment(user.p_activeTime())));
     } else if (reportsLastLogin) {
         QString text;
         const bool isKnown = m_ports.logs.GetLastTime(text);

@@ -61,16 +61,12 @@ QString storedDescription(const QString& description) {
     return stored;
 }
 
-QString momentText(const QDateTime& moment) {
-    return moment.toString(QStringLiteral("yyyy/M/d h:mm:ss"));
-}
-
 QString stayText(const SysLog& log) {
     const QDateTime exit = log.m_dateTime;
     const QDateTime login = exit.addSecs(-qint64{log.m_lCount});
-    return QStringLiteral("上次登入本数据库的时间为：\r\n") + momentText(login) +
+    return QStringLiteral("上次登入本数据库的时间为：\r\n") + Time::ShowMoment(login) +
            QStringLiteral("，") + Time::GetWeekDay(login.date()) +
-           QStringLiteral("；\r\n并于\r\n") + momentText(exit) + QStringLiteral("，") +
+           QStringLiteral("；\r\n并于\r\n") + Time::ShowMoment(exit) + QStringLiteral("，") +
            Time::GetWeekDay(exit.date()) + QStringLiteral("\r\n") + log.p_Status() +
            QStringLiteral("。");
 }

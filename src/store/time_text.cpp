@@ -30,4 +30,8 @@ QString Time::GetWeekDay(const QDate& date) {
     return date.isValid() ? kNames.at(static_cast<std::size_t>(date.dayOfWeek() % 7)) : QString();
 }
 
+QString Time::ShowMoment(const QDateTime& moment) {
+    return moment.toString(QStringLiteral("yyyy/M/d h:mm:ss"));
+}
+
 }  // namespace keeper

@@ -3,12 +3,12 @@
 
 #pragma once
 
-#include <QDate>
+#include <QDateTime>
 #include <QString>
 
 namespace keeper {
 
-/// Durations and days of the week as people read them.
+/// Durations, moments and days of the week as people read them.
 class Time {
   public:
     enum class Style { Words, Colons };
@@ -18,6 +18,8 @@ class Time {
     [[nodiscard]] static QString ShowTime(qint64 seconds, Style style = Style::Words);
     /// "星期日" to "星期六"; empty for an invalid date.
     [[nodiscard]] static QString GetWeekDay(const QDate& date);
+    /// "2026/5/20 9:05:00", the one form of a moment in messages, whatever the system's language.
+    [[nodiscard]] static QString ShowMoment(const QDateTime& moment);
 };
 
 }  // namespace keeper
