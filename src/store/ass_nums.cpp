@@ -34,7 +34,6 @@ int AssNums::DisplayNames(QStringList& names) {
 
 AssNum AssNums::Search(const QString& name) {
     AssNum object;
-    object.m_Effective = false;
     guardedRun(m_context.prompt, QStringLiteral("AssNums.Search"), [&] {
         Statement statement(m_context.database,
                             "select Name, Content, Type, Comment, Effective"

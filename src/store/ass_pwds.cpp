@@ -36,7 +36,6 @@ int AssPwds::DisplayNames(QStringList& names) {
 
 AssPwd AssPwds::Search(const QString& name) {
     AssPwd object;
-    object.m_Effective = false;
     guardedRun(m_context.prompt, QStringLiteral("AssPwds.Search"), [&] {
         Statement statement(m_context.database,
                             "select Name, Content, Length, updateTime, Effective"
@@ -97,14 +96,23 @@ bool AssPwds::Delete(const QString& name) {
 }
 
 bool AssPwds::Modify(const AssPwd& before, const AssPwd& after) {
-    return guarded(m_context.prompt, QStringLiteral("AssPwds.Modify"), false, [&] {
+    const QString where = QStringLiteral("AssPwds.Modify");
+    // What was at work when something was thrown; shown when the transaction is gone.
+    QString current = where;
+    return guardedRun(m_context.prompt, current, [&] {
         if (before.m_Name == kCustomName) {
             throw KeeperError(5, QStringLiteral("AssPwds.Modify"),
                               QStringLiteral("不能修改“自定义”密码！"));
         }
         Transaction transaction(m_context.database);
-        if (before.m_Content != after.m_Content && !recordChange(before)) {
-            return false;
+        if (before.m_Content != after.m_Content) {
+            current = QStringLiteral("EntLogs.Add");
+            addHistory(before);
+            current = where;
+            Statement(m_context.database, "update tb_Entry set recentModPwd = ? where pwdName = ?")
+                .bind(1, m_context.clock.today())
+                .bind(2, before.m_Name)
+                .run();
         }
         Statement(m_context.database,
                   "update tb_AssPwd set Name = ?, Content = ?, Length = ?, updateTime = ?,"
@@ -117,12 +125,10 @@ bool AssPwds::Modify(const AssPwd& before, const AssPwd& after) {
             .bind(6, before.m_Name)
             .run();
         transaction.commit();
-        return true;
     });
 }
 
-/// False when a log row failed and was shown.
-bool AssPwds::recordChange(const AssPwd& before) {
+void AssPwds::addHistory(const AssPwd& before) {
     Statement bound(
         m_context.database,
         "select dirPath, entNo from tb_Entry where pwdName = ? order by dirPath, entNo");
@@ -131,15 +137,8 @@ bool AssPwds::recordChange(const AssPwd& before) {
         EntLog log;
         log.SetEntry2(bound.text(0), bound.text(1), EntLog::kModifyPassword, m_context.clock.now());
         log.SetOrgPwd(before.m_Name, before.m_Content);
-        if (!m_entLogs.Add(log)) {
-            return false;
-        }
+        m_entLogs.insertRow(log);
     }
-    Statement(m_context.database, "update tb_Entry set recentModPwd = ? where pwdName = ?")
-        .bind(1, m_context.clock.today())
-        .bind(2, before.m_Name)
-        .run();
-    return true;
 }
 
 int AssPwds::DisplayAll(std::vector<AssPwdTotal>& rows) {

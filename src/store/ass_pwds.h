@@ -67,7 +67,8 @@ class AssPwds {
     int DisplayAll(std::vector<AssPwdTotal>& rows);
 
   private:
-    bool recordChange(const AssPwd& before);
+    /// A history row for each bound entry. Throws on failure.
+    void addHistory(const AssPwd& before);
 
     StoreContext m_context;
     EntLogs& m_entLogs;

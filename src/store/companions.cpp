@@ -32,35 +32,42 @@ void readEntry(const Statement& statement, const ColumnCipher& cipher, Entry& en
     entry.m_modPwdDays = static_cast<std::int16_t>(statement.integer(12));
 }
 
-/// Common half and companion in one transaction. `writeCompanion` throws on failure.
-template <typename Object, typename WriteCompanion>
-bool addBoth(Database& database, Entries& entries, const Object& object,
-             WriteCompanion&& writeCompanion) {
-    Transaction transaction(database);
-    if (!entries.Add(object)) {
-        return false;
-    }
-    writeCompanion();
-    transaction.commit();
-    return true;
+/// Common half and companion in one transaction: `writeCommon` tells whether there is an entry to
+/// go on with, and both throw on failure. A failure is shown when the transaction is gone, under
+/// the name of the half that failed.
+template <typename WriteCommon, typename WriteCompanion>
+bool writeBoth(const StoreContext& context, const QString& where, const QString& whereCommon,
+               WriteCommon&& writeCommon, WriteCompanion&& writeCompanion) {
+    QString current = where;
+    return guardedRun(context.prompt, current, [&] {
+        Transaction transaction(context.database);
+        current = whereCommon;
+        const bool isThere = writeCommon();
+        current = where;
+        if (isThere) {
+            writeCompanion();
+            transaction.commit();
+        }
+    });
 }
 
 template <typename Object, typename WriteCompanion>
-bool modifyBoth(Database& database, Entries& entries, const QString& oldNo, const Object& object,
-                WriteCompanion&& writeCompanion) {
-    Transaction transaction(database);
-    switch (entries.ModifyRow(oldNo, object)) {
-        case Entries::Modified::Failed:
-            return false;
-        // The new number may belong to another entry, whose companion is not to be touched.
-        case Entries::Modified::NoSuchEntry:
-            return true;
-        case Entries::Modified::Done:
-            break;
-    }
-    writeCompanion();
-    transaction.commit();
-    return true;
+bool addBoth(const StoreContext& context, Entries& entries, const QString& where,
+             const Object& object, WriteCompanion&& writeCompanion) {
+    const auto writeCommon = [&] {
+        entries.insertRow(object);
+        return true;
+    };
+    return writeBoth(context, where, QStringLiteral("Entries.Add"), writeCommon, writeCompanion);
+}
+
+template <typename Object, typename WriteCompanion>
+bool modifyBoth(const StoreContext& context, Entries& entries, const QString& where,
+                const QString& oldNo, const Object& object, WriteCompanion&& writeCompanion) {
+    // Without such an entry the new number may belong to another one, whose companion is not to be
+    // touched.
+    const auto writeCommon = [&] { return entries.updateRow(oldNo, object); };
+    return writeBoth(context, where, QStringLiteral("Entries.Modify"), writeCommon, writeCompanion);
 }
 
 }  // namespace
@@ -70,16 +77,12 @@ QString NetEntries::where(const char* operation) const {
 }
 
 bool NetEntries::Add(const NetEntry& object) {
-    return guarded(m_context.prompt, where("Add"), false, [&] {
-        return addBoth(m_context.database, m_entries, object, [&] { writeCompanion(object); });
-    });
+    return addBoth(m_context, m_entries, where("Add"), object, [&] { writeCompanion(object); });
 }
 
 bool NetEntries::Modify(const QString& oldNo, const NetEntry& object) {
-    return guarded(m_context.prompt, where("Modify"), false, [&] {
-        return modifyBoth(m_context.database, m_entries, oldNo, object,
-                          [&] { writeCompanion(object); });
-    });
+    return modifyBoth(m_context, m_entries, where("Modify"), oldNo, object,
+                      [&] { writeCompanion(object); });
 }
 
 void NetEntries::writeCompanion(const NetEntry& object) {
@@ -136,16 +139,13 @@ bool Prgs::UpgradeData() {
 }
 
 bool Fils::Add(const Fil& object) {
-    return guarded(m_context.prompt, QStringLiteral("Fils.Add"), false, [&] {
-        return addBoth(m_context.database, m_entries, object, [&] { writeCompanion(object); });
-    });
+    return addBoth(m_context, m_entries, QStringLiteral("Fils.Add"), object,
+                   [&] { writeCompanion(object); });
 }
 
 bool Fils::Modify(const QString& oldNo, const Fil& object) {
-    return guarded(m_context.prompt, QStringLiteral("Fils.Modify"), false, [&] {
-        return modifyBoth(m_context.database, m_entries, oldNo, object,
-                          [&] { writeCompanion(object); });
-    });
+    return modifyBoth(m_context, m_entries, QStringLiteral("Fils.Modify"), oldNo, object,
+                      [&] { writeCompanion(object); });
 }
 
 void Fils::writeCompanion(const Fil& object) {

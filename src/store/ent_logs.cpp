@@ -127,18 +127,20 @@ bool EntLogs::Display(std::vector<EntLogLine>& lines, const QString& number, con
 }
 
 bool EntLogs::Add(const EntLog& log) {
-    return guardedRun(m_context.prompt, QStringLiteral("EntLogs.Add"), [&] {
-        Statement(m_context.database,
-                  "insert into tb_EntLog (dirPath, entNo, dateTime, statusNo, pwdName, originalPwd)"
-                  " values (?, ?, ?, ?, ?, ?)")
-            .bind(1, log.p_dirPath())
-            .bind(2, log.p_entNo())
-            .bind(3, log.p_dateTime())
-            .bind(4, log.p_statusNo())
-            .bind(5, log.p_pwdName())
-            .bind(6, m_context.cipher.toColumn(log.p_originalPwd()))
-            .run();
-    });
+    return guardedRun(m_context.prompt, QStringLiteral("EntLogs.Add"), [&] { insertRow(log); });
+}
+
+void EntLogs::insertRow(const EntLog& log) {
+    Statement(m_context.database,
+              "insert into tb_EntLog (dirPath, entNo, dateTime, statusNo, pwdName, originalPwd)"
+              " values (?, ?, ?, ?, ?, ?)")
+        .bind(1, log.p_dirPath())
+        .bind(2, log.p_entNo())
+        .bind(3, log.p_dateTime())
+        .bind(4, log.p_statusNo())
+        .bind(5, log.p_pwdName())
+        .bind(6, m_context.cipher.toColumn(log.p_originalPwd()))
+        .run();
 }
 
 int EntLogs::Delete(const QString& number) {

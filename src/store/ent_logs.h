@@ -89,6 +89,8 @@ class EntLogs {
     bool Display(std::vector<EntLogLine>& lines, const QString& number, const QDate& from,
                  const QDate& to, std::int32_t status, int& count);
     bool Add(const EntLog& log);
+    /// Add() inside a transaction of the caller, who shows what it throws after the rollback.
+    void insertRow(const EntLog& log);
     /// Deletes the history of one entry. Returns the rows deleted.
     int Delete(const QString& number);
     /// Deletes what is more than `days` days old, or with 0 everything. Returns the rows deleted.

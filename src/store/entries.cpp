@@ -64,44 +64,49 @@ void bindNumber(Statement& statement, int index, const QString& wholeNumber) {
 }  // namespace
 
 bool Entries::Add(const Entry& entry) {
-    return guardedRun(m_context.prompt, QStringLiteral("Entries.Add"), [&] {
-        const QDateTime now = m_context.clock.now();
-        Statement(m_context.database,
-                  "insert into tb_Entry (dirPath, entNo, Title, pwdName, customPwd, Remarks,"
-                  " usedTimes, Effective, Bookmark, createDate, recentUpdate, recentModPwd,"
-                  " modPwdDays) values (?, ?, ?, ?, ?, ?, 0, 1, 0, ?, ?, ?, ?)")
-            .bind(1, entry.m_dirPath)
-            .bind(2, entry.m_entNo)
-            .bind(3, entry.m_Title)
-            .bind(4, entry.m_pwdName)
-            .bind(5, storedPassword(m_context.cipher, entry))
-            .bind(6, entry.m_Remarks)
-            .bind(7, now.date())
-            .bind(8, now)
-            .bind(9, entry.m_recentModPwd)
-            .bind(10, int{entry.m_modPwdDays})
-            .run();
-    });
+    return guardedRun(m_context.prompt, QStringLiteral("Entries.Add"), [&] { insertRow(entry); });
 }
 
-Entries::Modified Entries::ModifyRow(const QString& oldNo, const Entry& entry) {
-    return guarded(m_context.prompt, QStringLiteral("Entries.Modify"), Modified::Failed, [&] {
-        Statement statement(m_context.database,
-                            "update tb_Entry set dirPath = ?, entNo = ?, Title = ?, pwdName = ?,"
-                            " customPwd = ?, Remarks = ?, recentUpdate = ?, recentModPwd = ?,"
-                            " modPwdDays = ? where dirPath = ? and entNo = ?");
-        statement.bind(1, entry.m_dirPath)
-            .bind(2, entry.m_entNo)
-            .bind(3, entry.m_Title)
-            .bind(4, entry.m_pwdName)
-            .bind(5, storedPassword(m_context.cipher, entry))
-            .bind(6, entry.m_Remarks)
-            .bind(7, m_context.clock.now())
-            .bind(8, entry.m_recentModPwd)
-            .bind(9, int{entry.m_modPwdDays});
-        bindNumber(statement, 10, oldNo);
-        return statement.run() > 0 ? Modified::Done : Modified::NoSuchEntry;
-    });
+bool Entries::Modify(const QString& oldNo, const Entry& entry) {
+    return guardedRun(m_context.prompt, QStringLiteral("Entries.Modify"),
+                      [&] { updateRow(oldNo, entry); });
+}
+
+void Entries::insertRow(const Entry& entry) {
+    const QDateTime now = m_context.clock.now();
+    Statement(m_context.database,
+              "insert into tb_Entry (dirPath, entNo, Title, pwdName, customPwd, Remarks,"
+              " usedTimes, Effective, Bookmark, createDate, recentUpdate, recentModPwd,"
+              " modPwdDays) values (?, ?, ?, ?, ?, ?, 0, 1, 0, ?, ?, ?, ?)")
+        .bind(1, entry.m_dirPath)
+        .bind(2, entry.m_entNo)
+        .bind(3, entry.m_Title)
+        .bind(4, entry.m_pwdName)
+        .bind(5, storedPassword(m_context.cipher, entry))
+        .bind(6, entry.m_Remarks)
+        .bind(7, now.date())
+        .bind(8, now)
+        .bind(9, entry.m_recentModPwd)
+        .bind(10, int{entry.m_modPwdDays})
+        .run();
+}
+
+bool Entries::updateRow(const QString& oldNo, const Entry& entry) {
+    Statement statement(m_context.database,
+                        "update tb_Entry set dirPath = ?, entNo = ?, Title = ?, pwdName = ?,"
+                        " customPwd = ?, Remarks = ?, recentUpdate = ?, recentModPwd = ?,"
+                        " modPwdDays = ? where dirPath = ? and entNo = ?");
+    statement.bind(1, entry.m_dirPath)
+        .bind(2, entry.m_entNo)
+        .bind(3, entry.m_Title)
+        .bind(4, entry.m_pwdName)
+        .bind(5, storedPassword(m_context.cipher, entry))
+        .bind(6, entry.m_Remarks)
+        .bind(7, m_context.clock.now())
+        .bind(8, entry.m_recentModPwd)
+        .bind(9, int{entry.m_modPwdDays});
+    bindNumber(statement, 10, oldNo);
+    return statement.run() > 0;
 }
 
 bool Entries::Delete(const Entry& entry) {

@@ -23,15 +23,15 @@ class Entries {
     /// A new entry is effective, unmarked, unused and created now, whatever the object says.
     /// m_recentModPwd is the caller's.
     bool Add(const Entry& entry);
-
-    enum class Modified { Failed, NoSuchEntry, Done };
     /// Writes the fields that a person edits; may renumber. Use count, effectiveness, bookmark and
-    /// creation date stay. The outcome that Webs, Prgs and Fils go on from.
-    Modified ModifyRow(const QString& oldNo, const Entry& entry);
-    /// True also when there is no such entry: then nothing is written.
-    bool Modify(const QString& oldNo, const Entry& entry) {
-        return ModifyRow(oldNo, entry) != Modified::Failed;
-    }
+    /// creation date stay. True also when there is no such entry: then nothing is written.
+    bool Modify(const QString& oldNo, const Entry& entry);
+
+    /// Add() and Modify() inside a transaction of the caller, who shows what they throw when it has
+    /// been rolled back: a message box keeps the database waiting.
+    void insertRow(const Entry& entry);
+    /// False when there is no such entry.
+    bool updateRow(const QString& oldNo, const Entry& entry);
 
     /// A missing entry is a failure and is shown.
     bool Delete(const Entry& entry);

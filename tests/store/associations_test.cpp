@@ -58,6 +58,8 @@ TEST_F(AssociationsTest, RowsComeBackAsTheyWereWritten) {
     EXPECT_TRUE(pwd.m_Effective);
     EXPECT_EQ(m_assPwds.Search(u"o'neil"_s).m_Name, QString()) << "names are exact";
     EXPECT_EQ(m_assPwds.Search(u"O'Neil "_s).m_Name, QString());
+    EXPECT_TRUE(m_assPwds.Search(u"absent"_s).m_Effective && m_assNums.Search({}).m_Effective)
+        << "as a new object";
     const AssNum num = m_assNums.Search(u"手机's"_s);
     EXPECT_EQ(num.m_Content + num.m_Type + num.m_Comment, u"13900000000手机号备注"_s);
     EXPECT_FALSE(m_assPwds.Add(passwordNamed(kCustomName)));

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sqlcipher/sqlite3.h>
 
 #include <QTemporaryDir>
 
@@ -46,6 +47,10 @@ class StoreTest : public testing::Test {
         m_database.execute("PRAGMA synchronous=OFF");
         createSchema(m_database, m_clock.now());
         m_database.execute("delete from tb_Entry");
+        m_prompt.onShown = [this] {
+            EXPECT_NE(sqlite3_get_autocommit(m_database.handle()), 0)
+                << "a message box waits inside a transaction";
+        };
     }
 
     /// The first column of the first row, "(null)" or "(no row)".

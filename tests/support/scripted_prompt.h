@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 #include <deque>
+#include <functional>
 #include <vector>
 
 #include "platform/prompt.h"
@@ -31,10 +32,15 @@ class ScriptedPrompt final : public Prompt {
     std::deque<QString> paths;
     /// Titles (and for input boxes the prompts) of the dialogs that asked for a text or a path.
     QStringList dialogs;
+    /// Called while a message box stands on the screen.
+    std::function<void()> onShown;
 
     Answer messageBox(const QString& text, Icon icon, Buttons buttons,
                       const QString& title) override {
         boxes.push_back({text, icon, buttons, title});
+        if (onShown) {
+            onShown();
+        }
         if (buttons == Buttons::Ok) {
             return Answer::Ok;
         }
