@@ -72,6 +72,11 @@ bool FileOperator::FileValid(const QString& path) {
 }
 
 QString FileOperator::ReducePath(const QString& path, bool withSlash) const {
+    const QString folder = withLastSlash(m_owner.p_privateFolder(), false);
+    // A folder above it may bear the same name.
+    if (!folder.isEmpty() && (path == folder || path.startsWith(folder + u'/'))) {
+        return withLastSlash(path.mid(folder.lastIndexOf(u'/') + 1), withSlash);
+    }
     const QString marker = privatefolder::prefix() + m_owner.p_userName() + u'/';
     // Only a whole step of the path counts: "x" before the prefix would make another folder of it.
     const qsizetype step = path.startsWith(marker) ? 0 : path.indexOf(u'/' + marker) + 1;
@@ -175,7 +180,7 @@ QString FileOperator::FileDialog(bool isSave, const QString& title, const QStrin
 }
 
 QString FileOperator::GetUserFolder(int code, int flags) const {
-    const auto folder = [&]() -> QString {
+    auto folder = [&]() -> QString {
         switch (code) {
             case Documents:
                 return m_folders.documents;

@@ -81,6 +81,13 @@ TEST_F(PathsTest, PathsOfThePrivateFolderMoveWithIt) {
               owner.folder + QStringLiteral("/我的备份/"));
     // The folder itself, reduced without a slash, is still known.
     EXPECT_EQ(files.ResolvePath(files.ReducePath(owner.folder + u'/', false), false), owner.folder);
+    // The folder moves: the stored path leads to the new place, even below one of the same name.
+    const QString stored = files.ReducePath(owner.folder + QStringLiteral("/a"), false);
+    owner.folder = home.path(QStringLiteral("MORV - 王小明/disk/MORV - 王小明"));
+    const QString moved = owner.folder + QStringLiteral("/a");
+    EXPECT_EQ(files.ResolvePath(stored, false), moved);
+    EXPECT_EQ(files.ResolvePath(files.ReducePath(moved, false), false), moved);
+    EXPECT_EQ(files.ReducePath(moved, true), QStringLiteral("MORV - 王小明/a/"));
     EXPECT_EQ(files.ResolvePath(QStringLiteral("/else/MORV - 王小明/x"), false),
               QStringLiteral("/else/MORV - 王小明/x"));
     owner.user.clear();  // before a login nothing is reduced
