@@ -3,6 +3,8 @@
 
 #include "app/regedit.h"
 
+#include <utility>
+
 #include "store/failure.h"
 
 namespace keeper {
@@ -41,10 +43,12 @@ bool Regedit::change(const std::function<void(RegistryImage&)>& operation) {
         return true;
     }
     try {
+        RegistryImage written;
         m_store.change([&](RegistryImage& all) {
             operation(all);
-            m_snapshot = all;
+            written = all;
         });
+        m_snapshot = std::move(written);
         return true;
     } catch (const std::exception&) {
         return false;

@@ -67,9 +67,9 @@ QString unescaped(const QByteArray& bytes) {
     const QString line = QString::fromUtf8(bytes);
     QString text;
     for (qsizetype i = 0; i < line.size(); ++i) {
-        if (line.at(i) != u'\\' || i + 1 >= line.size()) {
-            text += line.at(i);
-        } else if (line.at(++i) == u'u') {
+        const bool isEscape = line.at(i) == u'\\' && i + 1 < line.size();
+        i += isEscape ? 1 : 0;
+        if (isEscape && line.at(i) == u'u') {
             text += QChar(static_cast<char16_t>(QStringView(line).mid(i + 1, 4).toUShort({}, 16)));
             i += 4;
         } else {
@@ -149,14 +149,13 @@ bool RegistryImage::readBody(const QByteArray& body) {
         start = end + 1;
         const QByteArray rest = line.mid(2);
         const qsizetype tab = rest.indexOf('\t');
+        const bool isText = line.startsWith("S ");
         if (line.startsWith("K ")) {
             key = &m_keys[unescaped(rest)];
-        } else if (key == nullptr || tab < 0) {
-            return false;
-        } else if (line.startsWith("S ")) {
-            key->insert_or_assign(unescaped(rest.left(tab)), unescaped(rest.mid(tab + 1)));
-        } else if (line.startsWith("D ")) {
-            key->insert_or_assign(unescaped(rest.left(tab)), rest.mid(tab + 1).toUInt());
+        } else if (key != nullptr && tab >= 0 && (isText || line.startsWith("D "))) {
+            key->insert_or_assign(unescaped(rest.left(tab)),
+                                  isText ? RegistryValue(unescaped(rest.mid(tab + 1)))
+                                         : RegistryValue(rest.mid(tab + 1).toUInt()));
         } else {
             return false;
         }

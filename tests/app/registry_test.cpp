@@ -8,9 +8,11 @@
 
 #include <QDir>
 #include <QFile>
+#include <cerrno>
 
 #include "app/regedit.h"
 #include "platform/durable_file.h"
+#include "support/failing_system_call.h"
 #include "support/fake_ports.h"
 #include "support/killed_child.h"
 #include "support/temp_home.h"
@@ -254,6 +256,38 @@ TEST_F(RegistryTest, KilledAtAnySystemCallItHoldsTheOldOrTheNewState) {
     EXPECT_GT(sawNew, 1) << "some were killed behind the renaming";
     EXPECT_TRUE(regedit.setString(name, QStringLiteral("later"))) << "no lock is left behind";
     EXPECT_EQ(files(), QStringList({QStringLiteral("registry"), QStringLiteral("registry.lock")}));
+}
+
+TEST_F(RegistryTest, AFailingDiskLeavesTheOldStateInFileAndMemory) {
+    const QString name = QStringLiteral("user");
+    ASSERT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, key));
+    for (const int error : {ENOSPC, EIO}) {
+        ASSERT_TRUE(regedit.setString(name, QStringLiteral("old")));
+        const QByteArray old = content(store.path());
+        int call = 1;
+        for (;; ++call) {
+            const int answer = answerWhenCallFails(call, error, [&] {
+                const bool good = regedit.setString(name, QStringLiteral("new"));
+                const QString shown = regedit.getString(name);
+                if (shown != (good ? QStringLiteral("new") : QStringLiteral("old"))) {
+                    ::_exit(2);
+                }
+                return good;
+            });
+            if (answer < 0) {
+                break;
+            }
+            EXPECT_EQ(answer, 0) << "call " << call;
+            // The last call makes the new name last; the file is whole on either side of it.
+            const auto found = store.read().value(key, name);
+            EXPECT_TRUE(content(store.path()) == old ||
+                        found == RegistryValue(QStringLiteral("new")))
+                << call;
+            ASSERT_TRUE(regedit.setString(name, QStringLiteral("old"))) << "the disk works again";
+            EXPECT_EQ(content(store.path()), old);
+        }
+        EXPECT_GT(call, 3);
+    }
 }
 
 }  // namespace
