@@ -89,6 +89,11 @@ TEST_F(StoreCostTest, SingleOperationsDoNotGrowWithTheDatabase) {
     QStringList lines;
     QString text;
     std::vector<EntLogLine> entLines;
+    std::vector<SysLogLine> sysLines;
+    const QDate day(2020, 1, 1);  // before all rows
+    AssPwd otherPwd;
+    AssNum otherNum;
+    otherPwd.m_Name = otherNum.m_Name = u"另"_s;
     int total = 0;
     AssPwd changed = pwd;
     changed.m_Content = u"new"_s;
@@ -118,6 +123,27 @@ TEST_F(StoreCostTest, SingleOperationsDoNotGrowWithTheDatabase) {
         {"GetLastTime", [&] { ASSERT_TRUE(m_sysLogs.GetLastTime(text)); }},
         {"SysLogs.Clear", [&] { m_sysLogs.Clear(30000); }},
         {"EntLogs.Clear", [&] { m_entLogs.Clear(30000); }},
+        {"Directories.Add", [&] { ASSERT_TRUE(addDirectory(u"0299"_s)); }},
+        {"Directories.Add below", [&] { ASSERT_TRUE(addDirectory(u"029901"_s)); }},
+        {"Prgs.Add", [&] { ASSERT_TRUE(m_prgs.Add(webAt(u"029998"_s))); }},
+        {"Prgs.Modify", [&] { ASSERT_TRUE(m_prgs.Modify(u"029998"_s, webAt(u"029998"_s))); }},
+        {"Prgs.Search", [&] { ASSERT_EQ(m_prgs.Search(u"029998"_s).m_entNo, u"98"_s); }},
+        {"Fils.Add", [&] { ASSERT_TRUE(m_fils.Add(filAt(u"0399"_s))); }},
+        {"Fils.Modify", [&] { ASSERT_TRUE(m_fils.Modify(u"0399"_s, filAt(u"0399"_s))); }},
+        {"Fils.Search", [&] { ASSERT_EQ(m_fils.Search(u"0399"_s).m_entNo, u"99"_s); }},
+        {"Fils' Delete", [&] { ASSERT_TRUE(m_entries.Delete(filAt(u"0399"_s))); }},
+        {"Directories.Clear", [&] { m_directories.Clear(u"0299"_s); }},
+        {"DeleteLike", [&] { m_entries.DeleteLike(u"0299"_s); }},
+        {"Directories.Delete", [&] { ASSERT_TRUE(m_directories.Delete(u"0299"_s)); }},
+        {"AssPwds.Add", [&] { ASSERT_TRUE(m_assPwds.Add(otherPwd)); }},
+        {"AssPwds.Search", [&] { ASSERT_EQ(m_assPwds.Search(u"另"_s).m_Name, u"另"_s); }},
+        {"AssPwds.Delete", [&] { ASSERT_TRUE(m_assPwds.Delete(u"另"_s)); }},
+        {"AssNums.Add", [&] { ASSERT_TRUE(m_assNums.Add(otherNum)); }},
+        {"AssNums.Modify", [&] { ASSERT_TRUE(m_assNums.Modify(u"另"_s, otherNum)); }},
+        {"AssNums.Search", [&] { ASSERT_EQ(m_assNums.Search(u"另"_s).m_Name, u"另"_s); }},
+        {"AssNums.Delete", [&] { ASSERT_TRUE(m_assNums.Delete(u"另"_s)); }},
+        {"EntLogs of a day", [&] { m_entLogs.Display(entLines, {}, day, day, 0, total); }},
+        {"SysLogs of a day", [&] { m_sysLogs.Display(sysLines, day, day, u"0"_s, total); }},
     };
     std::vector<Work> small;
     fill(3);
