@@ -41,11 +41,17 @@ void check(sqlite3* handle, int result, const char* call) {
 }
 
 void run(sqlite3* handle, const QByteArray& sql) {
+    if (handle == nullptr) {
+        throw DatabaseError(SQLITE_MISUSE, QStringLiteral("sqlite3_exec: not open"));
+    }
     check(handle, sqlite3_exec(handle, sql.constData(), nullptr, nullptr, nullptr), "sqlite3_exec");
 }
 
 /// The one number that a pragma or a counting query answers.
 std::int64_t number(sqlite3* handle, const char* sql) {
+    if (handle == nullptr) {
+        throw DatabaseError(SQLITE_MISUSE, QStringLiteral("sqlite3_prepare_v2: not open"));
+    }
     sqlite3_stmt* statement = nullptr;
     check(handle, sqlite3_prepare_v2(handle, sql, -1, &statement, nullptr), "sqlite3_prepare_v2");
     const int result = sqlite3_step(statement);
@@ -80,11 +86,16 @@ void refuseUnfitPassword(const QString& password) {
 }
 
 /// Cipher parameters are told at every open: the defaults differ between versions of the engine.
+/// Later ones know the digests by names of their own and reset everything on
+/// cipher_compatibility, so that comes first; earlier ones know SHA-1 only and pass over all three.
 QByteArray cipherPragmas(const char* schema, const DatabaseOptions& options) {
     const QByteArray name(schema);
-    return "PRAGMA " + name + ".cipher_page_size=" + QByteArray::number(options.pageSize) +
-           ";PRAGMA " + name + ".kdf_iter=" + QByteArray::number(options.keyRounds) + ";PRAGMA " +
-           name + ".cipher='aes-256-cbc';PRAGMA " + name + ".cipher_use_hmac=ON;";
+    return "PRAGMA " + name + ".cipher_compatibility=3;PRAGMA " + name +
+           ".cipher_hmac_algorithm=HMAC_SHA1;PRAGMA " + name +
+           ".cipher_kdf_algorithm=PBKDF2_HMAC_SHA1;PRAGMA " + name +
+           ".cipher_page_size=" + QByteArray::number(options.pageSize) + ";PRAGMA " + name +
+           ".kdf_iter=" + QByteArray::number(options.keyRounds) + ";PRAGMA " + name +
+           ".cipher='aes-256-cbc';PRAGMA " + name + ".cipher_use_hmac=ON;";
 }
 
 void createEmptyFile(const QString& path) {
@@ -326,11 +337,12 @@ void Database::execute(const char* sql) {
 }
 
 int Database::changes() const {
-    return sqlite3_changes(m_handle);
+    return isOpen() ? sqlite3_changes(m_handle) : 0;
 }
 
 Transaction::Transaction(Database& database)
-    : m_database(database), m_isNested(sqlite3_get_autocommit(database.handle()) == 0) {
+    : m_database(database),
+      m_isNested(database.isOpen() && sqlite3_get_autocommit(database.handle()) == 0) {
     m_database.execute(m_isNested ? "SAVEPOINT nested" : "BEGIN IMMEDIATE");
 }
 

@@ -51,6 +51,15 @@ std::array<char, kDateLength> formatDate(const QDate& date, const QTime& time) {
     return text;
 }
 
+/// A null that comes of want of memory would read as an empty text, and be written back as one.
+const unsigned char* textOf(sqlite3* handle, sqlite3_stmt* statement, int column) {
+    const auto* found = sqlite3_column_text(statement, column);
+    if (found == nullptr && sqlite3_errcode(handle) == SQLITE_NOMEM) {
+        throw DatabaseError(SQLITE_NOMEM, QStringLiteral("sqlite3_column_text: out of memory"));
+    }
+    return found;
+}
+
 }  // namespace
 
 Statement::Statement(Database& database, const char* sql) : m_handle(database.handle()) {
@@ -144,18 +153,18 @@ bool Statement::isNull(int column) const {
 }
 
 QString Statement::text(int column) const {
-    const auto* bytes = sqlite3_column_text(m_statement, column);
-    return bytes == nullptr ? QString()
-                            : QString::fromUtf8(reinterpret_cast<const char*>(bytes),
+    const auto* found = textOf(m_handle, m_statement, column);
+    return found == nullptr ? QString()
+                            : QString::fromUtf8(reinterpret_cast<const char*>(found),
                                                 sqlite3_column_bytes(m_statement, column));
 }
 
 std::string_view Statement::utf8(int column) const {
-    const auto* bytes = sqlite3_column_text(m_statement, column);
-    return bytes == nullptr
+    const auto* found = textOf(m_handle, m_statement, column);
+    return found == nullptr
                ? std::string_view()
                : std::string_view(
-                     reinterpret_cast<const char*>(bytes),
+                     reinterpret_cast<const char*>(found),
                      static_cast<std::size_t>(sqlite3_column_bytes(m_statement, column)));
 }
 

@@ -204,6 +204,14 @@ TEST_F(DatabaseTest, ExportsACompactSoundCopy) {
     EXPECT_EQ(version.integer(0), 5);
 }
 
+TEST_F(DatabaseTest, NothingRunsOnAClosedDatabase) {
+    Database closed(kFast);
+    EXPECT_EQ(failureOf([&] { const Transaction transaction(closed); }), SQLITE_MISUSE);
+    EXPECT_EQ(failureOf([&] { closed.execute("SELECT 1"); }), SQLITE_MISUSE);
+    EXPECT_EQ(failureOf([&] { closed.rekey(kPassword, kPassword); }), SQLITE_MISUSE);
+    EXPECT_EQ(closed.changes(), 0);
+}
+
 TEST_F(DatabaseTest, TransactionsNestAndRollBack) {
     Database database(kFast);
     database.open(m_path, kPassword);
