@@ -14,40 +14,41 @@ namespace {
 constexpr char kTables[] = R"sql(
 CREATE TABLE tb_Directory(
   dirPath TEXT NOT NULL PRIMARY KEY
-    CHECK(dirPath NOT GLOB '*[^0-9]*' AND length(dirPath)>=2 AND length(dirPath)%2=0
-      AND substr(dirPath,-2)<>'00'),
+    CHECK(typeof(dirPath)='text' AND dirPath NOT GLOB '*[^0-9]*' AND length(dirPath)>=2
+      AND length(dirPath)%2=0 AND substr(dirPath,-2)<>'00'
+      AND substr(dirPath,1,2) IN ('01','02','03')),
   parentDir TEXT NOT NULL REFERENCES tb_Directory(dirPath)
     ON UPDATE CASCADE ON DELETE CASCADE DEFERRABLE INITIALLY DEFERRED,
-  Title TEXT NOT NULL,
+  $string(Title) NOT NULL,
   CHECK(parentDir=CASE length(dirPath) WHEN 2 THEN dirPath
     ELSE substr(dirPath,1,length(dirPath)-2) END)
 );
 CREATE INDEX ix_Directory_parentDir ON tb_Directory(parentDir);
 
 CREATE TABLE tb_AssPwd(
-  Name TEXT NOT NULL PRIMARY KEY,
-  Content TEXT,
+  $string(Name) NOT NULL PRIMARY KEY,
+  $string(Content),
   Length INTEGER CHECK(Length IS NULL OR $int16(Length)),
   updateTime TEXT CHECK($time(updateTime)),
   Effective INTEGER NOT NULL CHECK($flag(Effective)),
   CHECK(Content IS NOT NULL OR Name='自定义')
 );
 CREATE TABLE tb_AssNum(
-  Name TEXT NOT NULL PRIMARY KEY,
-  Content TEXT,
-  Type TEXT,
-  Comment TEXT,
+  $string(Name) NOT NULL PRIMARY KEY,
+  $string(Content),
+  $string(Type),
+  $string(Comment),
   Effective INTEGER NOT NULL CHECK($flag(Effective)),
   CHECK(Content IS NOT NULL OR Name='自定义')
 );
 
 CREATE TABLE tb_Entry(
   dirPath TEXT NOT NULL REFERENCES tb_Directory(dirPath) ON UPDATE CASCADE ON DELETE CASCADE,
-  entNo TEXT NOT NULL CHECK(entNo GLOB '[0-9][0-9]' AND entNo<>'00'),
-  Title TEXT NOT NULL,
-  pwdName TEXT NOT NULL REFERENCES tb_AssPwd(Name) ON UPDATE CASCADE ON DELETE CASCADE,
-  customPwd TEXT,
-  Remarks TEXT,
+  $string(entNo) NOT NULL CHECK(entNo GLOB '[0-9][0-9]' AND entNo<>'00'),
+  $string(Title) NOT NULL,
+  $string(pwdName) NOT NULL REFERENCES tb_AssPwd(Name) ON UPDATE CASCADE ON DELETE CASCADE,
+  $string(customPwd),
+  $string(Remarks),
   usedTimes INTEGER NOT NULL CHECK($int32(usedTimes)),
   Effective INTEGER NOT NULL CHECK($flag(Effective)),
   Bookmark INTEGER NOT NULL CHECK($flag(Bookmark)),
@@ -64,53 +65,55 @@ CREATE INDEX ix_Entry_reminder ON tb_Entry(recentModPwd) WHERE modPwdDays<>0;
 
 CREATE TABLE tb_Net(
   dirPath TEXT NOT NULL,
-  entNo TEXT NOT NULL,
-  numName TEXT NOT NULL REFERENCES tb_AssNum(Name) ON UPDATE CASCADE ON DELETE RESTRICT,
-  customNum TEXT,
-  Location TEXT,
+  $string(entNo) NOT NULL,
+  $string(numName) NOT NULL REFERENCES tb_AssNum(Name) ON UPDATE CASCADE ON DELETE RESTRICT,
+  $string(customNum),
+  $string(Location),
   PRIMARY KEY(dirPath,entNo),
-  FOREIGN KEY(dirPath,entNo) REFERENCES tb_Entry(dirPath,entNo) ON UPDATE CASCADE ON DELETE CASCADE
+  FOREIGN KEY(dirPath,entNo) REFERENCES tb_Entry(dirPath,entNo) ON UPDATE CASCADE ON DELETE CASCADE,
+  CHECK(substr(dirPath,1,2) IN ('01','02'))
 );
 CREATE INDEX ix_Net_numName ON tb_Net(numName);
 
 CREATE TABLE tb_Fil(
   dirPath TEXT NOT NULL,
-  entNo TEXT NOT NULL,
-  filePath TEXT,
-  hashCode TEXT,
+  $string(entNo) NOT NULL,
+  $string(filePath),
+  $string(hashCode),
   Encrypted INTEGER NOT NULL CHECK($flag(Encrypted)),
   PRIMARY KEY(dirPath,entNo),
-  FOREIGN KEY(dirPath,entNo) REFERENCES tb_Entry(dirPath,entNo) ON UPDATE CASCADE ON DELETE CASCADE
+  FOREIGN KEY(dirPath,entNo) REFERENCES tb_Entry(dirPath,entNo) ON UPDATE CASCADE ON DELETE CASCADE,
+  CHECK(substr(dirPath,1,2)='03')
 );
 
 CREATE TABLE tb_SysLog(
   dateTime TEXT NOT NULL CHECK($time(dateTime)),
   statusNo INTEGER NOT NULL CHECK($int32(statusNo)),
   lCount INTEGER CHECK(lCount IS NULL OR $int32(lCount)),
-  Description TEXT
+  $string(Description)
 );
 CREATE INDEX ix_SysLog_dateTime ON tb_SysLog(dateTime);
 CREATE INDEX ix_SysLog_statusNo ON tb_SysLog(statusNo,dateTime);
 
 CREATE TABLE tb_EntLog(
   dirPath TEXT NOT NULL,
-  entNo TEXT NOT NULL,
+  $string(entNo) NOT NULL,
   dateTime TEXT NOT NULL CHECK($time(dateTime)),
   statusNo INTEGER NOT NULL CHECK($int32(statusNo)),
-  pwdName TEXT,
-  originalPwd TEXT
+  $string(pwdName),
+  $string(originalPwd)
 );
 CREATE INDEX ix_EntLog_entry ON tb_EntLog(dirPath,entNo,dateTime);
 CREATE INDEX ix_EntLog_dateTime ON tb_EntLog(dateTime);
 
 CREATE TABLE tb_SecureQuestion(
-  Question TEXT,
-  Answer TEXT,
+  $string(Question),
+  $string(Answer),
   Effective INTEGER NOT NULL CHECK($flag(Effective))
 );
 
 CREATE TABLE tb_SWProtect(
-  "01" TEXT, "02" TEXT,
+  $string("01"), $string("02"),
   "03" INTEGER NOT NULL DEFAULT 0 CHECK($flag("03")),
   "04" INTEGER NOT NULL DEFAULT 0 CHECK($int16("04")),
   "05" INTEGER NOT NULL DEFAULT 0 CHECK($byte("05")),
@@ -119,17 +122,17 @@ CREATE TABLE tb_SWProtect(
   "08" TEXT CHECK($time("08")),
   "09" TEXT CHECK($time("09")),
   "10" TEXT CHECK($time("10")),
-  "11" TEXT, "12" TEXT, "13" TEXT, "14" TEXT, "15" TEXT, "16" TEXT,
-  "17" TEXT, "18" TEXT, "19" TEXT, "20" TEXT, "21" TEXT, "22" TEXT,
-  "23" TEXT, "24" TEXT, "25" TEXT, "26" TEXT, "27" TEXT, "28" TEXT
+  $string("11"), $string("12"), $string("13"), $string("14"), $string("15"), $string("16"),
+  $string("17"), $string("18"), $string("19"), $string("20"), $string("21"), $string("22"),
+  $string("23"), $string("24"), $string("25"), $string("26"), $string("27"), $string("28")
 );
 
-CREATE TABLE tb_TypeBoolean(rowNo INTEGER PRIMARY KEY, value INTEGER NOT NULL CHECK($flag(value)));
-CREATE TABLE tb_TypeByte(rowNo INTEGER PRIMARY KEY, value INTEGER NOT NULL CHECK($byte(value)));
-CREATE TABLE tb_TypeInteger(rowNo INTEGER PRIMARY KEY, value INTEGER NOT NULL CHECK($int16(value)));
-CREATE TABLE tb_TypeLong(rowNo INTEGER PRIMARY KEY, value INTEGER NOT NULL CHECK($int32(value)));
-CREATE TABLE tb_TypeDate(rowNo INTEGER PRIMARY KEY, value TEXT CHECK($time(value)));
-CREATE TABLE tb_TypeText(rowNo INTEGER PRIMARY KEY, value TEXT);
+CREATE TABLE tb_TypeBoolean($row(rowNo), value INTEGER NOT NULL CHECK($flag(value)));
+CREATE TABLE tb_TypeByte($row(rowNo), value INTEGER NOT NULL CHECK($byte(value)));
+CREATE TABLE tb_TypeInteger($row(rowNo), value INTEGER NOT NULL CHECK($int16(value)));
+CREATE TABLE tb_TypeLong($row(rowNo), value INTEGER NOT NULL CHECK($int32(value)));
+CREATE TABLE tb_TypeDate($row(rowNo), value TEXT CHECK($time(value)));
+CREATE TABLE tb_TypeText($row(rowNo), $string(value));
 )sql";
 
 constexpr char kFixedRows[] = R"sql(
@@ -148,24 +151,27 @@ struct Domain {
 };
 
 constexpr Domain kDomains[] = {
-    {"$flag", "@ IN (0,1)"},
-    {"$byte", "typeof(@)='integer' AND @ BETWEEN 0 AND 255"},
-    {"$int16", "typeof(@)='integer' AND @ BETWEEN -32768 AND 32767"},
-    {"$int32", "typeof(@)='integer' AND @ BETWEEN -2147483648 AND 2147483647"},
+    {"$flag", "(@ IN (0,1))"},
+    {"$byte", "(typeof(@)='integer' AND @ BETWEEN 0 AND 255)"},
+    {"$int16", "(typeof(@)='integer' AND @ BETWEEN -32768 AND 32767)"},
+    {"$int32", "(typeof(@)='integer' AND @ BETWEEN -2147483648 AND 2147483647)"},
+    {"$string", "@ TEXT CHECK(typeof(@) IN ('text','null'))"},
+    {"$row", "rowNo INTEGER PRIMARY KEY CHECK(@ BETWEEN 1 AND 32767)"},
+    // The engine's own calendar: what it does not read back unchanged is no moment. The modifier
+    // makes it count the days, or it would let a 30th of February pass.
     {"$time",
-     "@ IS NULL OR @ GLOB "
-     "'[0-9][0-9][0-9][0-9]-[01][0-9]-[0-3][0-9]T[0-2][0-9]:[0-5][0-9]:[0-5][0-9]'"},
+     "(@ IS NULL OR (typeof(@)='text' AND "
+     "coalesce(strftime('%Y-%m-%dT%H:%M:%S',@,'+0 days'),'')=@))"},
 };
 
-/// Writes each "$domain(column)" out as its condition.
+/// Writes each "$domain(column)" out as what the domain demands of the column.
 std::string expandDomains(std::string sql) {
     for (const Domain& domain : kDomains) {
         const std::string head = std::string(domain.name) + "(";
         for (auto start = sql.find(head); start != std::string::npos; start = sql.find(head)) {
             const auto end = sql.find(')', start);
             const std::string column = sql.substr(start + head.size(), end - start - head.size());
-            std::string condition(1, '(');
-            condition.append(domain.condition).append(1, ')');
+            std::string condition = domain.condition;
             for (auto at = condition.find('@'); at != std::string::npos; at = condition.find('@')) {
                 condition.replace(at, 1, column);
             }

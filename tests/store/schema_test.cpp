@@ -54,8 +54,14 @@ TEST_F(SchemaTest, NewDatabaseHoldsTheFixedRows) {
     EXPECT_EQ(count("tb_SecureQuestion WHERE Effective=0"), 6);
     EXPECT_EQ(count("tb_SWProtect WHERE \"10\" IS NULL"), 1);
     EXPECT_EQ(count("tb_Directory WHERE dirPath=parentDir"), 3);
+    EXPECT_EQ(answer(QStringLiteral("SELECT group_concat(Title) FROM tb_Directory WHERE dirPath IN"
+                                    " ('01','02','03')")),
+              QStringLiteral("网络对象,应用程序,用户文件"));
+    EXPECT_EQ(count("tb_AssPwd WHERE Name='自定义' AND Content IS NULL AND Effective"), 1);
+    EXPECT_EQ(count("tb_EntLog"), 1) << "the one of this test's own";
     EXPECT_EQ(count("tb_AssNum WHERE Name='自定义' AND Content IS NULL AND Effective"), 1);
-    for (const char* table : {"tb_TypeBoolean", "tb_TypeText", "tb_SysLog"}) {
+    for (const char* table : {"tb_TypeBoolean", "tb_TypeByte", "tb_TypeInteger", "tb_TypeLong",
+                              "tb_TypeDate", "tb_TypeText", "tb_SysLog"}) {
         EXPECT_EQ(count(table), 0) << table;
     }
     EXPECT_EQ(answer(QStringLiteral("SELECT filePath FROM tb_Fil NATURAL JOIN tb_Entry")),
@@ -104,6 +110,17 @@ TEST_F(SchemaTest, RefusesValuesOutsideTheirTypes) {
         "INSERT INTO tb_TypeLong VALUES(1,'x')",
         "INSERT INTO tb_TypeBoolean VALUES(1,2)",
         "INSERT INTO tb_TypeDate VALUES(1,'2026-05-20')",
+        "INSERT INTO tb_TypeDate VALUES(1,'2026-19-20T00:00:00')",
+        "INSERT INTO tb_TypeDate VALUES(1,'2026-02-30T00:00:00')",
+        "INSERT INTO tb_TypeDate VALUES(1,'2026-02-03T24:00:00')",
+        "INSERT INTO tb_TypeText VALUES(32768,'x')",
+        "INSERT INTO tb_TypeText VALUES(0,'x')",
+        "INSERT INTO tb_TypeText VALUES(1,x'41')",
+        "UPDATE tb_Entry SET Title=x'41'",
+        "UPDATE tb_SWProtect SET \"28\"=x'41'",
+        "INSERT INTO tb_Directory VALUES('04','04','x')",
+        "INSERT INTO tb_Fil VALUES('01050107','03','','',0)",
+        "INSERT INTO tb_Net VALUES('03','01','手机','','')",
         "UPDATE tb_Entry SET entNo='00'",
         "UPDATE tb_Entry SET entNo='1'",
         "UPDATE tb_Entry SET usedTimes=1.5",
