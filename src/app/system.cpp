@@ -86,8 +86,9 @@ bool System::RepairPrivateFolder() {
 bool System::ClearUser(bool deleteFolder) {
     const QString where = QStringLiteral("cSystem.ClearUser");
     bool cleared = guardedRun(m_prompt, where, [&] {
-        if (m_sealed != nullptr) {
-            m_sealed->DiscardWorkingCopy();
+        if (m_sealed != nullptr && !m_sealed->DiscardWorkingCopy()) {
+            throw KeeperError(75, QStringLiteral("ClearUser"),
+                              QStringLiteral("数据库的工作副本无法删除：\r\n") + p_tmpFile());
         }
     });
     if (deleteFolder) {

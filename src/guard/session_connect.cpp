@@ -299,6 +299,7 @@ void SessionConnect::RecordLogin(bool resumed) {
     m_ports.users.AddUserAsDefault(m_ports.system.p_userName());
     m_ports.system.RefreshMyUser();
     m_ports.system.WriteUser();
+    m_ports.database.KeepWorkingCopy();
 }
 
 QString SessionConnect::writeLog(int statusNo, int count, const QDateTime& time) {

@@ -3,6 +3,9 @@
 
 #include "store/sealed_database.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -29,10 +32,25 @@ const QString kEmptyDigest = QStringLiteral("DA39A3EE5E6B4B0D3255BFEF95601890AFD
 constexpr std::int32_t kUnspecified = -2147467259;
 constexpr std::int32_t kConnectFailed = static_cast<std::int32_t>(0x80040001U);
 const QString kWorkingSuffix = QStringLiteral(".tmp");
+const QString kFreshSuffix = QStringLiteral(".fresh");
 const QString kCompactingSuffix = QStringLiteral(".compacting");
 
 QString journalOf(const QString& path) {
     return path + QStringLiteral("-journal");
+}
+
+/// Removes the file; false when it is still there.
+bool isGone(const QString& path) {
+    return QFile::remove(path) || !QFileInfo::exists(path);
+}
+
+/// Not valid when another process, or another session of this one, has the mark.
+UniqueFd lockedMark(const QString& path) {
+    UniqueFd mark(::open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC));
+    if (mark.isValid() && ::flock(mark.get(), LOCK_EX | LOCK_NB) == 0) {
+        return mark;
+    }
+    return UniqueFd();
 }
 
 /// Runs `operation`; what it throws becomes the message of a failed connection.
@@ -53,6 +71,11 @@ bool connected(QString& message, Operation&& operation) {
             QStringLiteral("{%1}%2").arg(QString::number(failure.number), failure.description);
     }
     return false;
+}
+
+[[noreturn]] void refuseRemoval(const QString& path) {
+    throw KeeperError(75, QStringLiteral("CryptKVDB"),
+                      QStringLiteral("数据库已保存，但工作副本无法删除：\r\n") + path);
 }
 
 /// Shows what a cipher does for the length of one operation.
@@ -117,7 +140,8 @@ QString SealedDatabase::TransformDBPwd(const QString& text) {
     return KeyChain::TransformDBPwd(text);
 }
 
-bool SealedDatabase::setAccessDBSec(bool scheme, const QString& newKey, bool initial) {
+bool SealedDatabase::setAccessDBSec(bool scheme, const QString& newKey, bool initial,
+                                    const std::function<void()>& isTaken) {
     return guardedRun(m_prompt, QStringLiteral("cSystem.SetAccessDBSec"), [&] {
         QString current = initial ? QString() : m_keys.p_plainLgnKey();
         const WipeGuard wipeCurrent(current);
@@ -126,19 +150,22 @@ bool SealedDatabase::setAccessDBSec(bool scheme, const QString& newKey, bool ini
         QString newPassword = TransformDBPwd(KeyChain::HashToDBPwd(false, newKey));
         const WipeGuard wipeNew(newPassword);
         m_database.rekey(oldPassword, newPassword);
+        try {
+            isTaken();
+        } catch (...) {
+            // A session under a key that its database does not have would lock its user out.
+            m_database.rekey(newPassword, oldPassword);
+            throw;
+        }
     });
 }
 
 bool SealedDatabase::InitLgnKey(const QString& key) {
-    return setAccessDBSec(false, key, true);
+    return setAccessDBSec(false, key, true, [] {});
 }
 
 bool SealedDatabase::SetLgnKey(bool scheme, const QString& key) {
-    if (!setAccessDBSec(scheme, key, false)) {
-        return false;
-    }
-    m_keys.p_plainLgnKey(key);
-    return true;
+    return setAccessDBSec(scheme, key, false, [&] { m_keys.p_plainLgnKey(key); });
 }
 
 bool SealedDatabase::CheckLgnKey(const QString& key) const {
@@ -155,16 +182,44 @@ bool SealedDatabase::IsIdpPwdNull() const {
 
 void SealedDatabase::startWorkingCopy(Origin origin) {
     ensurePrivateFolder(m_stateFolder);
-    m_tmpFile = makeFreshFile(m_stateFolder, QString(), kWorkingSuffix, m_random);
+    removeAbandonedCopies();
+    // The mark comes first: a kill in between leaves no copy that nobody would take away.
+    const QString mark =
+        makeFreshFile(m_stateFolder, QString(), kWorkingSuffix + kFreshSuffix, m_random);
+    m_freshMark = lockedMark(mark);
+    m_tmpFile = mark.chopped(kFreshSuffix.size());
+    createPrivateFile(m_tmpFile);
     m_origin = origin;
     m_wasConnected = false;
 }
 
-void SealedDatabase::removeWorkingCopy() {
-    QFile::remove(m_tmpFile);
-    QFile::remove(journalOf(m_tmpFile));
+void SealedDatabase::removeAbandonedCopies() {
+    const QDir folder(m_stateFolder);
+    const QStringList marks =
+        folder.entryList({u'*' + kWorkingSuffix + kFreshSuffix}, QDir::Files | QDir::Hidden);
+    for (const QString& name : marks) {
+        const QString mark = folder.filePath(name);
+        const QString copy = mark.chopped(kFreshSuffix.size());
+        if (lockedMark(mark).isValid() && !Database::isHeldElsewhere(copy) && isGone(copy) &&
+            isGone(journalOf(copy))) {
+            QFile::remove(mark);
+        }
+    }
+}
+
+bool SealedDatabase::removeWorkingCopy() {
     m_origin = Origin::None;
     m_wasConnected = false;
+    if (!isGone(m_tmpFile) || !isGone(journalOf(m_tmpFile))) {
+        return false;
+    }
+    KeepWorkingCopy();
+    return true;
+}
+
+void SealedDatabase::KeepWorkingCopy() {
+    QFile::remove(m_tmpFile + kFreshSuffix);
+    m_freshMark = UniqueFd();
 }
 
 bool SealedDatabase::CreateWorkingCopy(const QDateTime& now) {
@@ -218,29 +273,29 @@ bool SealedDatabase::unseal(const QString& key) {
     try {
         result = unsealFile(m_cipher, sealed, m_tmpFile, key);
     } catch (...) {
-        m_origin = Origin::None;
+        static_cast<void>(removeWorkingCopy());
         throw;
     }
+    if (result == UnsealResult::Done) {
+        m_trouble = Trouble::None;
+        return true;
+    }
+    static_cast<void>(removeWorkingCopy());
     switch (result) {
         case UnsealResult::Done:
-            m_trouble = Trouble::None;
-            return true;
         case UnsealResult::NotUnderThisKey:
             m_trouble = Trouble::WrongKey;
             break;
         case UnsealResult::Malformed:
-            m_origin = Origin::None;
             m_trouble = Trouble::Damaged;
             throw KeeperError(
                 kUnspecified, QStringLiteral("CryptKVDB"),
                 QStringLiteral("密码数据库文件的长度不正确：文件已损坏，或者复制不完整。"
                                "没有改动任何文件，请用备份替换后再登录。"));
         case UnsealResult::SystemFailed:
-            m_origin = Origin::None;
             throw KeeperError(5, QStringLiteral("CryptKVDB"),
                               QStringLiteral("解密未能完成。\r\n") + m_cipher.lastFailure());
     }
-    m_origin = Origin::None;
     return false;
 }
 
@@ -260,7 +315,9 @@ void SealedDatabase::settleJournal(bool scheme) {
 
 bool SealedDatabase::seal(bool scheme, const QString& key, const QString& target) {
     if (m_origin == Origin::Unsealed && !m_wasConnected && target.isEmpty()) {
-        removeWorkingCopy();
+        if (!removeWorkingCopy()) {
+            refuseRemoval(m_tmpFile);
+        }
         m_trouble = Trouble::None;
         return true;
     }
@@ -282,8 +339,8 @@ bool SealedDatabase::seal(bool scheme, const QString& key, const QString& target
                           QStringLiteral("数据库已损坏，未作加密，原文件保持不变。"));
     }
     sealFile(m_cipher, m_tmpFile, target.isEmpty() ? p_kvdbFile() : target, key, m_random);
-    if (target.isEmpty()) {
-        removeWorkingCopy();
+    if (target.isEmpty() && !removeWorkingCopy()) {
+        refuseRemoval(m_tmpFile);
     }
     m_trouble = Trouble::None;
     return true;
@@ -292,11 +349,13 @@ bool SealedDatabase::seal(bool scheme, const QString& key, const QString& target
 bool SealedDatabase::ConnAccess(const QString& password, QString& message) {
     m_trouble = Trouble::System;
     const bool isFirst = m_origin == Origin::Unsealed && !m_wasConnected;
+    // A copy that a crash left may have suffered; it is to replace the good sealed file.
+    const bool isForeign = isFirst || (m_origin == Origin::Resumed && !m_wasConnected);
     const bool done = connected(message, [&] {
         m_database.close();
         try {
             m_database.open(m_tmpFile, password,
-                            isFirst ? Database::Trust::AllPages : Database::Trust::Header);
+                            isForeign ? Database::Trust::AllPages : Database::Trust::Header);
         } catch (const DatabaseError& error) {
             if (error.saysBusy()) {
                 m_trouble = Trouble::InUse;
@@ -358,15 +417,14 @@ bool SealedDatabase::CompactDB(bool scheme) {
 
 void SealedDatabase::GetResumeTempFile(const QString& path) {
     m_tmpFile = path;
+    KeepWorkingCopy();
     m_origin = Origin::Resumed;
     m_wasConnected = false;
 }
 
-void SealedDatabase::DiscardWorkingCopy() {
+bool SealedDatabase::DiscardWorkingCopy() {
     m_database.close();
-    if (!m_tmpFile.isEmpty() && !Database::isHeldElsewhere(m_tmpFile)) {
-        removeWorkingCopy();
-    }
+    return m_tmpFile.isEmpty() || (!Database::isHeldElsewhere(m_tmpFile) && removeWorkingCopy());
 }
 
 }  // namespace keeper

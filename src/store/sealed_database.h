@@ -5,7 +5,9 @@
 
 #include <QDateTime>
 #include <QString>
+#include <functional>
 
+#include "platform/unique_fd.h"
 #include "store/connecting_display.h"
 #include "store/key_chain.h"
 
@@ -83,19 +85,27 @@ class SealedDatabase {
 
     /// Takes up the working copy that a crash left behind.
     void GetResumeTempFile(const QString& path);
-    /// Closes the database and deletes the working copy, unless another program holds it.
-    void DiscardWorkingCopy();
+    /// The session has begun and will write: from now on the working copy outlives a crash. Before,
+    /// a copy that nobody holds any more is deleted when the next one is made, because it has
+    /// nothing that the sealed file lacks.
+    void KeepWorkingCopy();
+    /// Closes the database and deletes the working copy. False when it is still there: another
+    /// program holds it or the system refuses.
+    bool DiscardWorkingCopy();
 
   private:
     enum class Origin { None, New, Unsealed, Resumed };
 
-    bool setAccessDBSec(bool scheme, const QString& newKey, bool initial);
+    /// `isTaken` runs behind the re-key; what it throws takes the re-key back.
+    bool setAccessDBSec(bool scheme, const QString& newKey, bool initial,
+                        const std::function<void()>& isTaken);
     bool unseal(const QString& key);
     bool seal(bool scheme, const QString& key, const QString& target);
     void settleJournal(bool scheme);
     void compactInto(const QString& fresh, const QString& password);
     void startWorkingCopy(Origin origin);
-    void removeWorkingCopy();
+    [[nodiscard]] bool removeWorkingCopy();
+    void removeAbandonedCopies();
 
     KeyHolder& m_keys;
     Cryptor3& m_cipher;
@@ -106,6 +116,8 @@ class SealedDatabase {
     KeyChain m_chain;
     QString m_stateFolder;
     QString m_tmpFile;
+    /// Locked file PATH OF THE COPY.fresh, as long as the copy may be deleted without loss.
+    UniqueFd m_freshMark;
     Origin m_origin = Origin::None;
     bool m_wasConnected = false;
     Trouble m_trouble = Trouble::None;

@@ -109,12 +109,16 @@ QString makeFreshFile(const QString& folder, const QString& prefix, const QStrin
     const QByteArray digits =
         QByteArray(reinterpret_cast<const char*>(bytes.data()), bytes.size()).toHex();
     QString path = folder + u'/' + prefix + QString::fromLatin1(digits) + suffix;
+    createPrivateFile(path);
+    return path;
+}
+
+void createPrivateFile(const QString& path) {
     const UniqueFd file(
         ::open(QFile::encodeName(path).constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600));
     if (!file.isValid()) {
         fail("create", path);
     }
-    return path;
 }
 
 void removeLeftovers(const QString& folder, const QString& prefix, const QString& suffix) {

@@ -26,6 +26,10 @@ enum class UnsealResult {
 [[nodiscard]] QString makeFreshFile(const QString& folder, const QString& prefix,
                                     const QString& suffix, Random& random);
 
+/// A new, empty file that only its owner may read. Throws std::system_error, also when there is
+/// one.
+void createPrivateFile(const QString& path);
+
 /// Deletes the files of the folder whose names begin and end so.
 void removeLeftovers(const QString& folder, const QString& prefix, const QString& suffix);
 

@@ -161,6 +161,75 @@ TEST_F(SealedDatabaseTest, ACrashedSessionIsResumed) {
     EXPECT_FALSE(QFileInfo::exists(left));
 }
 
+TEST_F(SealedDatabaseTest, AKeyThatTheUserCannotTakeIsTakenBack) {
+    VaultSession session(m_folder.path());
+    ASSERT_TRUE(session.open());
+    session.keys.refusesKeys = true;
+    EXPECT_FALSE(session.vault.SetLgnKey(false, QStringLiteral("new key")));
+    EXPECT_EQ(session.prompt.takeTexts().size(), 1);
+    session.addRow(2);
+    ASSERT_TRUE(session.seal());
+    VaultSession next(m_folder.path());
+    ASSERT_TRUE(next.open());
+    EXPECT_EQ(next.rows(), 2);
+}
+
+TEST_F(SealedDatabaseTest, ADamagedWorkingCopyNeverReplacesTheSealedFile) {
+    const QString left = m_folder.filePath(QStringLiteral("left.tmp"));
+    {
+        VaultSession crashed(m_folder.path());
+        ASSERT_TRUE(crashed.open());
+        crashed.database.close();
+        QByteArray content = contentOf(crashed.vault.p_tmpFile());
+        content[content.size() - 100] = static_cast<char>(content.at(content.size() - 100) ^ 1);
+        putContent(left, content);
+    }
+    VaultSession resumed(m_folder.path());
+    resumed.vault.GetResumeTempFile(left);
+    EXPECT_FALSE(resumed.connectUnder(resumed.keys.plain));
+    EXPECT_FALSE(resumed.seal());
+    EXPECT_TRUE(QFileInfo::exists(left));
+    EXPECT_EQ(contentOf(resumed.keys.file), m_sealed);
+}
+
+TEST_F(SealedDatabaseTest, AbandonedCopiesGoAndThoseOfSessionsStay) {
+    QString kept;
+    QString abandoned;
+    {
+        VaultSession begun(m_folder.path());
+        ASSERT_TRUE(begun.open());
+        begun.vault.KeepWorkingCopy();
+        kept = begun.vault.p_tmpFile();
+        VaultSession cut(m_folder.path());
+        ASSERT_TRUE(cut.vault.CryptKVDB(false, 0, true, {}));
+        abandoned = cut.vault.p_tmpFile();
+        VaultSession beside(m_folder.path());
+        ASSERT_TRUE(beside.open());
+        EXPECT_TRUE(QFileInfo::exists(abandoned)) << "its session still runs";
+        EXPECT_TRUE(beside.vault.DiscardWorkingCopy());
+    }
+    VaultSession next(m_folder.path());
+    ASSERT_TRUE(next.open());
+    EXPECT_FALSE(QFileInfo::exists(abandoned));
+    EXPECT_TRUE(QFileInfo::exists(kept)) << "it may have rows that the sealed file lacks";
+    ASSERT_TRUE(next.seal());
+    EXPECT_EQ(next.filesIn(next.stateFolder), QStringList(QFileInfo(kept).fileName()));
+
+    VaultSession resumed(m_folder.path());
+    putContent(kept + QStringLiteral(".fresh"), {});
+    resumed.vault.GetResumeTempFile(kept);
+    VaultSession last(m_folder.path());
+    ASSERT_TRUE(last.open());
+    EXPECT_TRUE(QFileInfo::exists(kept)) << "who resumes a copy keeps it";
+}
+
+TEST_F(SealedDatabaseTest, ACopyThatCannotBeDeletedIsTold) {
+    VaultSession session(m_folder.path());
+    QDir().mkpath(m_folder.filePath(QStringLiteral("stuck.tmp/inside")));
+    session.vault.GetResumeTempFile(m_folder.filePath(QStringLiteral("stuck.tmp")));
+    EXPECT_FALSE(session.vault.DiscardWorkingCopy());
+}
+
 TEST_F(SealedDatabaseTest, ASecondSessionIsRefusedAndTakesNothingAway) {
     VaultSession session(m_folder.path());
     ASSERT_TRUE(session.open());
@@ -175,6 +244,7 @@ TEST_F(SealedDatabaseTest, ASecondSessionIsRefusedAndTakesNothingAway) {
 TEST_F(SealedDatabaseTest, CompactionShrinksTheSamePathAndSurvivesAFailure) {
     VaultSession session(m_folder.path());
     ASSERT_TRUE(session.open());
+    session.vault.KeepWorkingCopy();
     {
         Transaction transaction(session.database);
         for (int i = 0; i < 300; ++i) {

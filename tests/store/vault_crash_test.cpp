@@ -181,6 +181,7 @@ TEST_F(VaultCrashTest, AKillAtARandomMomentLosesNothing) {
                 ++m_shared->acknowledged;
                 isOpen = session.vault.SetLgnKey(false, round % 2 == 0 ? kNewKey : kOldKey) &&
                          session.vault.CompactDB(false) && session.seal() && session.open();
+                session.vault.KeepWorkingCopy();
                 remember(session.vault.p_tmpFile());
             }
             ::_exit(1);

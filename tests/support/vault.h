@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
+#include <stdexcept>
 #include <vector>
 
 #include "crypto/cryptor2.h"
@@ -28,9 +29,15 @@ class FakeKeyHolder final : public KeyHolder {
     QString plain = QStringLiteral("登录key-123");
     QString idpHash;
     QString file;
+    bool refusesKeys = false;
 
     [[nodiscard]] QString p_plainLgnKey() const override { return plain; }
-    void p_plainLgnKey(const QString& key) override { plain = key; }
+    void p_plainLgnKey(const QString& key) override {
+        if (refusesKeys) {
+            throw std::runtime_error("refused");
+        }
+        plain = key;
+    }
     [[nodiscard]] QString p_hashLgnKey() const override { return Cryptor2::hashString(plain); }
     [[nodiscard]] QString p_idpPwdHashCode() const override { return idpHash; }
     [[nodiscard]] QString p_kvdbFile() const override { return file; }
