@@ -228,12 +228,10 @@ void DesktopProgram::Graph::connectSession() {
         tellRunTime();
     });
     QObject::connect(&instance, &SingleInstance::raiseRequested, &mainWindow, [this] {
-        if (mainWindow.isVisible() || system.p_isLogouted()) {
-            mainWindow.bringToFront();
-        } else if (QWidget* window = QApplication::activeModalWidget()) {
+        if (QWidget* window = QApplication::activeModalWidget()) {
             window->raise();
             window->activateWindow();
-        } else if (tmrRunTime.isActive()) {
+        } else if (mainWindow.isVisible() || tmrRunTime.isActive()) {
             mainWindow.bringToFront();
         }
     });

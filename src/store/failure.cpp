@@ -14,7 +14,7 @@ namespace {
 
 /// In words for a person, with the failed step and the system's own text behind them.
 QString systemErrorText(const std::system_error& error) {
-    const QString detail = QString::fromLocal8Bit(error.what());
+    QString detail = QString::fromLocal8Bit(error.what());
     switch (error.code().value()) {
         case ENOSPC:
         case EDQUOT:
