@@ -10,6 +10,10 @@ target_compile_definitions(keeper_flags INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM
   QT_NO_CAST_TO_ASCII $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>
   KEEPER_VERSION="${PROJECT_VERSION}")
 target_link_options(keeper_flags INTERFACE -Wl,--as-needed)
+# A unit of several files has names in it that its files do not share; the plain builds look for shadows.
+if(CMAKE_UNITY_BUILD)
+  target_compile_options(keeper_flags INTERFACE -Wno-shadow)
+endif()
 if(KEEPER_SANITIZE)
   target_compile_options(keeper_flags INTERFACE -fsanitize=${KEEPER_SANITIZE}
     -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: Morvane Keeper contributors
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Runs clang-tidy over src/, two files at a time, and remembers what was clean.
+"""Runs clang-tidy over src/, two units at a time, and remembers what was clean.
 
-A file is checked again when its preprocessed text, its flags or the configuration changes: the
-configured tools spend seconds a file on the toolkit's headers, and most files did not change.
+usage: tidy.py BUILD-FOLDER, one that joins several files to a unit: most of the time goes into the
+toolkit's headers, which are then read once a unit. A unit is checked again when its preprocessed text,
+its flags or the configuration changes.
 """
 import hashlib
 import json
-import re
 import shlex
 import subprocess
 import sys
@@ -28,7 +28,6 @@ def fingerprint(entry: dict, config: bytes) -> str:
 
 
 def check(entry: dict, build: Path, config: bytes, cache: Path) -> str:
-    name = Path(entry["file"]).relative_to(ROOT).as_posix()
     mark = cache / fingerprint(entry, config)
     if mark.exists():
         return ""
@@ -38,7 +37,7 @@ def check(entry: dict, build: Path, config: bytes, cache: Path) -> str:
     if run.returncode == 0:
         mark.touch()
         return ""
-    return f"{name}:\n{run.stdout}{run.stderr}"
+    return f"{run.stdout}{run.stderr}"
 
 
 def main() -> int:
@@ -49,11 +48,11 @@ def main() -> int:
     entries = {
         e["file"]: e
         for e in json.loads((build / "compile_commands.json").read_text())
-        if re.match(re.escape(str(ROOT / "src")) + "/", e["file"])
+        if (e["file"].startswith(f"{ROOT}/src/") or "/Unity/" in e["file"]) and "_autogen/" not in e["file"]
     }
     with ThreadPoolExecutor(2) as pool:
         faults = [r for r in pool.map(lambda e: check(e, build, config, cache), entries.values()) if r]
-    print("\n".join(faults) if faults else f"clang-tidy: {len(entries)} files clean")
+    print("\n".join(faults) if faults else f"clang-tidy: {len(entries)} units clean")
     return 1 if faults else 0
 
 

@@ -70,4 +70,7 @@ class Regedit {
     RegistryImage* m_pending = nullptr;  ///< what atomically() is changing
 };
 
+/// Where the program keeps its keys.
+inline constexpr Regedit::Root kMachineRoot = Regedit::Root::LocalMachine;
+
 }  // namespace keeper

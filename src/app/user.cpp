@@ -18,7 +18,6 @@
 namespace keeper {
 namespace {
 
-constexpr auto machine = Regedit::Root::LocalMachine;
 constexpr std::int16_t passwordLength = 32;
 /// Numbers of key pairs that a record may be written under.
 constexpr std::uint32_t recordPairs = 49;
@@ -122,7 +121,7 @@ User::~User() {
 
 bool User::ReadRegistry(const QString& name) {
     Regedit& regedit = m_services.regedit;
-    if (!regedit.openKey(machine, recordKey(name))) {
+    if (!regedit.openKey(kMachineRoot, recordKey(name))) {
         return false;
     }
     const QString hash = regedit.getString(QStringLiteral("0"));
@@ -178,7 +177,7 @@ bool User::writeValues(const QString& hash, const QString& pair, const QString& 
     // The four only make sense together: a password of one write does not open the text of another.
     Regedit& regedit = m_services.regedit;
     const bool written = regedit.atomically([&] {
-        return regedit.createKey(machine, recordKey(p_userName())) &&
+        return regedit.createKey(kMachineRoot, recordKey(p_userName())) &&
                regedit.setString(QStringLiteral("0"), hash) &&
                regedit.setString(QStringLiteral("1"), pair) &&
                regedit.setString(QStringLiteral("2"), password) &&

@@ -9,8 +9,6 @@
 namespace keeper {
 namespace {
 
-constexpr auto machine = Regedit::Root::LocalMachine;
-
 QString listKey() {
     return QStringLiteral("SOFTWARE\\Tarnvalle\\Morvane Keeper\\Users");
 }
@@ -28,7 +26,7 @@ void Users::InitUsers() {
     m_users.clear();
     m_defaultUserName.clear();
     Regedit& regedit = m_services.regedit;
-    if (!regedit.openKey(machine, listKey())) {
+    if (!regedit.openKey(kMachineRoot, listKey())) {
         return;
     }
     m_defaultUserName = regedit.getString(QString());
@@ -48,8 +46,8 @@ void Users::InitUsers() {
 bool Users::DeleteUser(const QString& name) {
     Regedit& regedit = m_services.regedit;
     const bool forgotten = regedit.atomically([&] {
-        if (!regedit.deleteKey(machine, UserKeyPrefix() + GetHashUserTitle(name)) ||
-            !regedit.createKey(machine, listKey())) {
+        if (!regedit.deleteKey(kMachineRoot, UserKeyPrefix() + GetHashUserTitle(name)) ||
+            !regedit.createKey(kMachineRoot, listKey())) {
             return false;
         }
         const bool isDefault = regedit.getString(QString()) == name;
@@ -82,7 +80,7 @@ bool Users::AddUserAsDefault(const QString& name) {
     }
     Regedit& regedit = m_services.regedit;
     const bool added = regedit.atomically([&] {
-        return regedit.createKey(machine, listKey()) && regedit.setString(QString(), name) &&
+        return regedit.createKey(kMachineRoot, listKey()) && regedit.setString(QString(), name) &&
                regedit.setString(name, QString());
     });
     regedit.closeKey();

@@ -18,7 +18,7 @@ namespace keeper {
 
 namespace {
 
-constexpr std::size_t kBuffer = std::size_t{256} * 1024;
+constexpr std::size_t kHashBuffer = std::size_t{256} * 1024;
 
 Sha1Transform transform() {
     static const Sha1Transform chosen = sha1Path().transform;
@@ -60,13 +60,13 @@ QString Cryptor2::hashFile(const QString& path) {
     QString digest;
     try {
         PosixFile file = PosixFile::openSource(path);
-        std::vector<std::uint8_t> buffer(kBuffer);
+        std::vector<std::uint8_t> buffer(kHashBuffer);
         const WipeGuard wipe(buffer);
         Sha1State state = kSha1Start;
         std::span<const std::uint8_t> tail;
         for (std::int64_t left = file.size(); left > 0;) {
             const auto piece = std::span(buffer).first(
-                static_cast<std::size_t>(std::min<std::int64_t>(left, kBuffer)));
+                static_cast<std::size_t>(std::min<std::int64_t>(left, kHashBuffer)));
             file.read(piece);
             tail = absorb(state, piece);
             left -= static_cast<std::int64_t>(piece.size());

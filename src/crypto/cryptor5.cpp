@@ -16,7 +16,7 @@ namespace keeper {
 
 namespace {
 
-constexpr float kProgressStep = 0.5F;
+constexpr float kXorProgressStep = 0.5F;
 /// Long enough that the loop over words pays, short enough to stay in the first-level cache.
 constexpr std::size_t kPatternLength = 4096;
 /// A stop takes effect within so many bytes. Also the piece that a file is worked in: it is still
@@ -49,7 +49,7 @@ CryptorError raised() {
 class Cryptor5::Run {
   public:
     Run(Cryptor5& owner, std::uint64_t size)
-        : m_owner(owner), m_size(size), m_steps(size, /*unit=*/1, kProgressStep) {
+        : m_owner(owner), m_size(size), m_steps(size, /*unit=*/1, kXorProgressStep) {
         m_owner.requireKey();
         m_owner.m_isCalculating = true;
     }

@@ -19,13 +19,13 @@ namespace {
 
 /// The verdict against a login. Its own type: no number that another layer throws can become a
 /// verdict, and so destroy data, by accident.
-struct Refusal {
+struct Rejection {
     std::int32_t number;
     int detail = 0;
 };
 
-QString refusalMessage(const Refusal& refusal) {
-    switch (refusal.number) {
+QString rejectionMessage(const Rejection& rejection) {
+    switch (rejection.number) {
         case GuardVerdict::kExpired:
             return QStringLiteral(
                 "本数据库在分机的有效期已过，不能再使用！请到原新建机器登录以更新有效期。");
@@ -35,7 +35,7 @@ QString refusalMessage(const Refusal& refusal) {
             return QStringLiteral("本数据库不在其所限定的计算机中使用，已被紧急销毁！");
         default:
             return QStringLiteral("本密码数据库遭遇非法入侵，已被紧急销毁！(%1)")
-                .arg(refusal.detail);
+                .arg(rejection.detail);
     }
 }
 
@@ -75,8 +75,8 @@ GuardVerdict SWProtect::Initialize() {
     try {
         judge();
         return {true, 0, {}};
-    } catch (const Refusal& refusal) {
-        return {false, refusal.number, refusalMessage(refusal)};
+    } catch (const Rejection& rejection) {
+        return {false, rejection.number, rejectionMessage(rejection)};
     } catch (const StepFailed&) {
         return {false, GuardVerdict::kUnexpected, {}};
     } catch (...) {
@@ -100,18 +100,18 @@ void SWProtect::judge() {
     } else if (!p_isBrchConfined()) {
         judgeLifetimeOnBranch();
     } else if (!VerifyHardwareTag(false)) {
-        throw Refusal{GuardVerdict::kWrongMachine};
+        throw Rejection{GuardVerdict::kWrongMachine};
     }
 }
 
 void SWProtect::judgeOriginCount() {
     constexpr int kDetail = 2;
     if (!VerifyOriginDeadCount()) {
-        throw Refusal{GuardVerdict::kTampered, kDetail};
+        throw Rejection{GuardVerdict::kTampered, kDetail};
     }
     const qint64 left = m_today.daysTo(m_record.originEnd);
     if (left > m_record.originDays) {
-        throw Refusal{GuardVerdict::kClockSetBack};
+        throw Rejection{GuardVerdict::kClockSetBack};
     }
     needStep(SetOriginDeadCount(static_cast<int>(std::max<qint64>(left, 0))));
 }
@@ -130,15 +130,15 @@ void SWProtect::judgeLifetimeOnOrigin() {
 void SWProtect::judgeLifetimeOnBranch() {
     constexpr int kDetail = 4;
     if (!VerifyBranchDeadCount()) {
-        throw Refusal{GuardVerdict::kTampered, kDetail};
+        throw Rejection{GuardVerdict::kTampered, kDetail};
     }
     const qint64 left = m_today.daysTo(m_record.branchEnd);
     if (left > m_record.branchDays) {
-        throw Refusal{GuardVerdict::kClockSetBack};
+        throw Rejection{GuardVerdict::kClockSetBack};
     }
     needStep(SetBranchDeadCount(lifetimeOf(left)));
     if (left < 1) {
-        throw Refusal{GuardVerdict::kExpired};
+        throw Rejection{GuardVerdict::kExpired};
     }
 }
 

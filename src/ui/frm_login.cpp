@@ -22,17 +22,12 @@
 #include "ui/theme/icons.h"
 #include "ui/widgets/key_box.h"
 #include "ui/widgets/key_edit.h"
+#include "ui/widgets/named.h"
 
 namespace keeper {
 namespace {
 
 constexpr int kLongestLoginKey = 30;
-
-template <typename Control>
-Control* named(Control* control, const char* name) {
-    control->setObjectName(QString::fromLatin1(name));
-    return control;
-}
 
 }  // namespace
 

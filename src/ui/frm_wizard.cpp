@@ -20,6 +20,7 @@
 #include "ui/theme/icons.h"
 #include "ui/widgets/key_box.h"
 #include "ui/widgets/key_edit.h"
+#include "ui/widgets/named.h"
 #include "ui/widgets/strength_meter.h"
 
 namespace keeper {
@@ -28,12 +29,6 @@ namespace {
 constexpr int kLoginKeyPage = 1;
 constexpr int kLastPage = 3;
 constexpr int kLongestTip = 100;
-
-template <typename Control>
-Control* named(Control* control, const char* name) {
-    control->setObjectName(QString::fromLatin1(name));
-    return control;
-}
 
 QString layersText() {
     return QStringLiteral(

@@ -20,7 +20,7 @@
 namespace keeper {
 namespace {
 
-const QString key = QStringLiteral("SOFTWARE\\Tarnvalle\\Morvane Keeper\\Users");
+const QString usersKey = QStringLiteral("SOFTWARE\\Tarnvalle\\Morvane Keeper\\Users");
 
 /// Texts that a careless format would break: its own separators, escapes, marks and halves.
 QStringList nastyTexts() {
@@ -58,8 +58,8 @@ TEST(RegistryImage, ComesBackWithAnyNamesAndTexts) {
 
 TEST(RegistryImage, EveryCutAndEveryFlippedBitIsNoticed) {
     RegistryImage image;
-    image.createKey(key);
-    image.setValue(key, QStringLiteral("王小明"), QStringLiteral("1\t2"));
+    image.createKey(usersKey);
+    image.setValue(usersKey, QStringLiteral("王小明"), QStringLiteral("1\t2"));
     const QByteArray bytes = image.toBytes();
     RegistryImage::Fault fault{};
     for (qsizetype size = 0; size < bytes.size(); ++size) {
@@ -110,22 +110,25 @@ class RegistryTest : public testing::Test {
 
 TEST_F(RegistryTest, OneCurrentKeyWithTypedValues) {
     EXPECT_FALSE(regedit.setString(QStringLiteral("a"), QStringLiteral("b")));
-    EXPECT_FALSE(regedit.openKey(Regedit::Root::LocalMachine, key));
-    EXPECT_EQ(regedit.createKeyEx(Regedit::Root::LocalMachine, key), Regedit::Disposition::Created);
+    EXPECT_FALSE(regedit.openKey(Regedit::Root::LocalMachine, usersKey));
+    EXPECT_EQ(regedit.createKeyEx(Regedit::Root::LocalMachine, usersKey),
+              Regedit::Disposition::Created);
     EXPECT_TRUE(regedit.setString(QStringLiteral("b"), QStringLiteral("text")));
     EXPECT_TRUE(regedit.setString(QString(), QStringLiteral("default")));
     EXPECT_TRUE(regedit.setDWord(QStringLiteral("a"), 7));
-    EXPECT_EQ(regedit.createKeyEx(Regedit::Root::LocalMachine, key), Regedit::Disposition::Opened);
+    EXPECT_EQ(regedit.createKeyEx(Regedit::Root::LocalMachine, usersKey),
+              Regedit::Disposition::Opened);
     EXPECT_EQ(regedit.getEnumString(),
               QStringList({QString(), QStringLiteral("a"), QStringLiteral("b")}));
     EXPECT_EQ(regedit.getString(QString()), QStringLiteral("default"));
     EXPECT_EQ(regedit.getDWord(QStringLiteral("a")), 7U);
     EXPECT_EQ(regedit.getString(QStringLiteral("a")), QString()) << "a number is no text";
     EXPECT_EQ(regedit.getDWord(QStringLiteral("b")), 0U);
-    EXPECT_TRUE(regedit.openKey(Regedit::Root::LocalMachine, key));
+    EXPECT_TRUE(regedit.openKey(Regedit::Root::LocalMachine, usersKey));
     EXPECT_FALSE(regedit.setString(QStringLiteral("a"), QString())) << "opened for reading";
     EXPECT_FALSE(regedit.deleteValue(QStringLiteral("a")));
-    EXPECT_TRUE(regedit.openKeyEx(Regedit::Root::LocalMachine, key, Regedit::Access::ReadWrite));
+    EXPECT_TRUE(
+        regedit.openKeyEx(Regedit::Root::LocalMachine, usersKey, Regedit::Access::ReadWrite));
     EXPECT_TRUE(regedit.deleteValue(QStringLiteral("a")));
     EXPECT_EQ(regedit.getDWord(QStringLiteral("a")), 0U);
     regedit.closeKey();
@@ -134,21 +137,22 @@ TEST_F(RegistryTest, OneCurrentKeyWithTypedValues) {
     const QString above = QStringLiteral("SOFTWARE\\Tarnvalle");
     EXPECT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, above + QStringLiteral("x")));
     EXPECT_TRUE(regedit.deleteKey(Regedit::Root::LocalMachine, above));
-    EXPECT_FALSE(regedit.openKey(Regedit::Root::LocalMachine, key)) << "keys below go along";
+    EXPECT_FALSE(regedit.openKey(Regedit::Root::LocalMachine, usersKey)) << "keys below go along";
     EXPECT_TRUE(regedit.openKey(Regedit::Root::LocalMachine, above + QStringLiteral("x")));
 }
 
 TEST_F(RegistryTest, ChangesThatBelongTogetherArriveTogetherOrNotAtAll) {
     const auto twoValues = [&](bool good) {
         return regedit.atomically([&] {
-            return regedit.createKey(Regedit::Root::LocalMachine, key) &&
+            return regedit.createKey(Regedit::Root::LocalMachine, usersKey) &&
                    regedit.setString(QStringLiteral("1"), QStringLiteral("new")) && good;
         });
     };
     EXPECT_FALSE(twoValues(false));
     EXPECT_FALSE(QFile::exists(store.path()));
     EXPECT_TRUE(twoValues(true));
-    EXPECT_EQ(store.read().value(key, QStringLiteral("1")), RegistryValue(QStringLiteral("new")));
+    EXPECT_EQ(store.read().value(usersKey, QStringLiteral("1")),
+              RegistryValue(QStringLiteral("new")));
 }
 
 TEST_F(RegistryTest, DefaultFolderIsTheDocumentsFolderUntilOneIsChosen) {
@@ -165,7 +169,7 @@ TEST_F(RegistryTest, NobodyElseMayRead) {
     QFile(store.path() + QStringLiteral(".new"))
         .setPermissions(QFile::Permissions::fromInt(0x6644));
     const mode_t mask = ::umask(0);
-    EXPECT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, key));
+    EXPECT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, usersKey));
     ::umask(mask);
     EXPECT_EQ(rights(folders.registry()), 0700U);
     for (const QString& file : files()) {
@@ -178,28 +182,28 @@ TEST_F(RegistryTest, DamagedContentIsKeptAsideAndReadsAsMissing) {
     const QStringList broken{QStringLiteral("first"), QStringLiteral("second")};
     for (const QString& text : broken) {
         write(QStringLiteral("registry"), text.toUtf8());
-        EXPECT_FALSE(regedit.openKey(Regedit::Root::LocalMachine, key));
+        EXPECT_FALSE(regedit.openKey(Regedit::Root::LocalMachine, usersKey));
         EXPECT_EQ(content(store.path()), text.toUtf8()) << "reading changes nothing";
-        EXPECT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, key));
+        EXPECT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, usersKey));
     }
     const QString aside = store.path() + QStringLiteral(".damaged-20260520T120000");
     EXPECT_EQ(content(aside), "first");
     EXPECT_EQ(content(aside + QStringLiteral("-2")), "second");
-    EXPECT_TRUE(regedit.openKey(Regedit::Root::LocalMachine, key));
+    EXPECT_TRUE(regedit.openKey(Regedit::Root::LocalMachine, usersKey));
 }
 
 TEST_F(RegistryTest, WhatCannotBeReadOrComesFromALaterVersionIsNotReplaced) {
     RegistryImage image;
-    image.createKey(key);
+    image.createKey(usersKey);
     QByteArray newer = image.toBytes();
     newer.replace("registry 1 ", "registry 2 ");
     write(QStringLiteral("registry"), newer);
-    EXPECT_FALSE(regedit.createKey(Regedit::Root::LocalMachine, key));
+    EXPECT_FALSE(regedit.createKey(Regedit::Root::LocalMachine, usersKey));
     EXPECT_EQ(content(store.path()), newer);
 
     QFile::remove(store.path());
     QDir().mkpath(store.path() + QStringLiteral("/in the way"));
-    EXPECT_FALSE(regedit.createKey(Regedit::Root::LocalMachine, key));
+    EXPECT_FALSE(regedit.createKey(Regedit::Root::LocalMachine, usersKey));
     EXPECT_TRUE(QFile::exists(store.path() + QStringLiteral("/in the way")));
 }
 
@@ -210,7 +214,7 @@ TEST_F(RegistryTest, WritersAtTheSameTimeLoseNothing) {
     for (int writer = 0; writer < writers; ++writer) {
         const pid_t child = ::fork();
         if (child == 0) {
-            bool good = regedit.createKey(Regedit::Root::LocalMachine, key);
+            bool good = regedit.createKey(Regedit::Root::LocalMachine, usersKey);
             for (int i = 0; i < values; ++i) {
                 good = regedit.setString(QStringLiteral("%1-%2").arg(writer).arg(i), QString()) &&
                        good;
@@ -224,12 +228,12 @@ TEST_F(RegistryTest, WritersAtTheSameTimeLoseNothing) {
         ASSERT_EQ(::waitpid(child, &status, 0), child);
         EXPECT_EQ(status, 0);
     }
-    EXPECT_EQ(store.read().valueNames(key).size(), writers * values);
+    EXPECT_EQ(store.read().valueNames(usersKey).size(), writers * values);
 }
 
 TEST_F(RegistryTest, KilledAtAnySystemCallItHoldsTheOldOrTheNewState) {
     const QString name = QStringLiteral("user");
-    ASSERT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, key));
+    ASSERT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, usersKey));
     ASSERT_TRUE(regedit.setString(name, QString()));
     QString before;
     int sawNew = 0;
@@ -241,7 +245,7 @@ TEST_F(RegistryTest, KilledAtAnySystemCallItHoldsTheOldOrTheNewState) {
                 ::_exit(1);
             }
         });
-        const auto found = store.read().value(key, name);
+        const auto found = store.read().value(usersKey, name);
         ASSERT_TRUE(found.has_value());
         const QString now = std::get<QString>(*found);
         ASSERT_TRUE(now == before || now == after) << call;
@@ -260,7 +264,7 @@ TEST_F(RegistryTest, KilledAtAnySystemCallItHoldsTheOldOrTheNewState) {
 
 TEST_F(RegistryTest, AFailingDiskLeavesTheOldStateInFileAndMemory) {
     const QString name = QStringLiteral("user");
-    ASSERT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, key));
+    ASSERT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, usersKey));
     for (const int error : {ENOSPC, EIO}) {
         ASSERT_TRUE(regedit.setString(name, QStringLiteral("old")));
         const QByteArray old = content(store.path());
@@ -279,7 +283,7 @@ TEST_F(RegistryTest, AFailingDiskLeavesTheOldStateInFileAndMemory) {
             }
             EXPECT_EQ(answer, 0) << "call " << call;
             // The last call makes the new name last; the file is whole on either side of it.
-            const auto found = store.read().value(key, name);
+            const auto found = store.read().value(usersKey, name);
             EXPECT_TRUE(content(store.path()) == old ||
                         found == RegistryValue(QStringLiteral("new")))
                 << call;

@@ -14,6 +14,7 @@
 #include "app/private_folder.h"
 #include "app/system.h"
 #include "platform/durable_file.h"
+#include "support/campaign_setting.h"
 #include "support/fake_ports.h"
 #include "support/killed_child.h"
 #include "support/scripted_prompt.h"
@@ -249,10 +250,8 @@ TEST_F(UsersTest, KilledWhileWritingLeavesAWholeRecord) {
     const auto user = newUser(name);
     ASSERT_TRUE(user->WriteRegistry());
     // scripts/registry_campaign.sh asks for more kills, and for others.
-    const int kills = qEnvironmentVariableIsSet("KEEPER_REGISTRY_KILLS")
-                          ? qEnvironmentVariableIntValue("KEEPER_REGISTRY_KILLS")
-                          : 25;
-    std::mt19937 draw(static_cast<unsigned>(qEnvironmentVariableIntValue("KEEPER_REGISTRY_SEED")));
+    const int kills = campaignSetting("KEEPER_REGISTRY_KILLS", 25);
+    std::mt19937 draw(static_cast<unsigned>(campaignSetting("KEEPER_REGISTRY_SEED", 0)));
     int last = 0;
     for (int run = 0; run < kills; ++run) {
         const int call = 1 + static_cast<int>(draw() % 600);

@@ -13,15 +13,10 @@
 #include "store/cryptor_host_adapter.h"
 #include "store/store_context.h"
 #include "store/sys_logs.h"
+#include "support/no_column_key.h"
 
 namespace keeper {
 namespace {
-
-class NoColumnKey final : public ColumnKey {
-  public:
-    [[nodiscard]] bool p_idpPwdSwitch() const override { return false; }
-    [[nodiscard]] QString p_plainIdpPwd() const override { return {}; }
-};
 
 class BranchCommandsTest : public GuardTest {
   protected:

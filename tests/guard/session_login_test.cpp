@@ -5,6 +5,7 @@
 
 #include <QDir>
 
+#include "support/campaign_setting.h"
 #include "support/session_fixture.h"
 
 namespace keeper {
@@ -105,9 +106,7 @@ TEST_F(SessionTest, FailedAttemptsAreToldAndSettledByTheNextLogin) {
 }
 
 TEST_F(SessionTest, NoNearMissOfTheKeyPasses) {
-    bool isSet = false;
-    const int asked = qEnvironmentVariableIntValue("KEEPER_NEAR_MISSES", &isSet);
-    const int rounds = isSet ? asked : 200;
+    const int rounds = campaignSetting("KEEPER_NEAR_MISSES", 200);
     const User& user = program->system.user();
     ASSERT_TRUE(user.CheckLgnKey(key));
     QString fullWidth = key;

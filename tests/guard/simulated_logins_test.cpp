@@ -9,6 +9,7 @@
 #include <random>
 
 #include "guard/guard_fixture.h"
+#include "support/campaign_setting.h"
 
 namespace keeper {
 namespace {
@@ -54,10 +55,7 @@ struct Model {
 };
 
 TEST_F(GuardTest, SimulatedLoginsFollowTheModelAndNothingElseCondemns) {
-    constexpr int kDefaultLogins = 400;
-    bool isSet = false;
-    const int asked = qEnvironmentVariableIntValue("KEEPER_SIMULATED_LOGINS", &isSet);
-    const int logins = isSet ? asked : kDefaultLogins;
+    const int logins = campaignSetting("KEEPER_SIMULATED_LOGINS", 400);
     FakeMachine third(QStringLiteral("THIRD"));
     const std::array<FakeMachine*, 3> machines{&origin, &branch, &third};
     Model model;

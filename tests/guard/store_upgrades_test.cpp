@@ -11,15 +11,10 @@
 #include "store/cryptor_host_adapter.h"
 #include "store/entries.h"
 #include "store/store_context.h"
+#include "support/no_column_key.h"
 
 namespace keeper {
 namespace {
-
-class NoColumnKey final : public ColumnKey {
-  public:
-    [[nodiscard]] bool p_idpPwdSwitch() const override { return false; }
-    [[nodiscard]] QString p_plainIdpPwd() const override { return {}; }
-};
 
 /// The guard joined to the classes that own the tables.
 class StoreUpgradesTest : public GuardTest {

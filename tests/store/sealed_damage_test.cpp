@@ -8,16 +8,11 @@
 #include <algorithm>
 #include <random>
 
+#include "support/campaign_setting.h"
 #include "support/vault.h"
 
 namespace keeper {
 namespace {
-
-int setting(const char* name, int fallback) {
-    bool isNumber = false;
-    const int value = qEnvironmentVariableIntValue(name, &isNumber);
-    return isNumber ? value : fallback;
-}
 
 class SealedDamageTest : public testing::Test {
   protected:
@@ -77,11 +72,11 @@ class SealedDamageTest : public testing::Test {
     QTemporaryDir m_folder;
     VaultSession m_session{m_folder.path()};
     QByteArray m_good;
-    std::mt19937 m_generator{static_cast<unsigned>(setting("KEEPER_DAMAGE_SEED", 1))};
+    std::mt19937 m_generator{static_cast<unsigned>(campaignSetting("KEEPER_DAMAGE_SEED", 1))};
 };
 
 TEST_F(SealedDamageTest, NoCorruptionOpens) {
-    const int count = setting("KEEPER_DAMAGE_COUNT", 150);
+    const int count = campaignSetting("KEEPER_DAMAGE_COUNT", 150);
     for (int i = 0; i < count; ++i) {
         const QByteArray bytes = damaged();
         if (bytes == m_good) {
@@ -95,7 +90,7 @@ TEST_F(SealedDamageTest, NoCorruptionOpens) {
 }
 
 TEST_F(SealedDamageTest, NoTruncationOpens) {
-    const int step = setting("KEEPER_DAMAGE_STEP", 499);
+    const int step = campaignSetting("KEEPER_DAMAGE_STEP", 499);
     QFile file(m_session.keys.file);
     for (qint64 size = m_good.size() - 1; size >= 0; --size) {
         // Sizes at the seams of pages and blocks are always tried.

@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <random>
 
+#include "support/campaign_setting.h"
 #include "support/killed_child.h"
 #include "support/vault.h"
 #if defined(__x86_64__)
@@ -26,12 +27,6 @@ namespace {
 
 const QString kOldKey = QStringLiteral("登录key-123");
 const QString kNewKey = QStringLiteral("second key");
-
-int setting(const char* name, int fallback) {
-    bool isNumber = false;
-    const int value = qEnvironmentVariableIntValue(name, &isNumber);
-    return isNumber ? value : fallback;
-}
 
 /// What the parent must know of a child that dies: rows whose writing was answered, and the path
 /// that the user's record would hold.
@@ -117,7 +112,7 @@ class VaultCrashTest : public testing::Test {
     }
 
     void killAtEachCall(const std::function<bool(VaultSession&)>& operation) {
-        const int step = setting("KEEPER_CRASH_STEP", 23);
+        const int step = campaignSetting("KEEPER_CRASH_STEP", 23);
         int call = 1;
         for (bool killed = true; killed; call += step) {
             restore();
@@ -163,8 +158,8 @@ TEST_F(VaultCrashTest, AKillDuringCompactionLosesNothing) {
 }
 
 TEST_F(VaultCrashTest, AKillAtARandomMomentLosesNothing) {
-    const int moments = setting("KEEPER_CRASH_MOMENTS", 10);
-    std::mt19937 generator(static_cast<unsigned>(setting("KEEPER_CRASH_SEED", 1)));
+    const int moments = campaignSetting("KEEPER_CRASH_MOMENTS", 10);
+    std::mt19937 generator(static_cast<unsigned>(campaignSetting("KEEPER_CRASH_SEED", 1)));
     std::uniform_int_distribution<int> microseconds(1'000, 400'000);
     for (int i = 0; i < moments && !HasFailure(); ++i) {
         restore();
@@ -199,7 +194,7 @@ TEST_F(VaultCrashTest, AKillAtARandomMomentLosesNothing) {
 #if defined(__x86_64__)
 
 TEST_F(VaultCrashTest, AFailingDiskLeavesTheOldSealedFileAsItWas) {
-    const int step = setting("KEEPER_CRASH_STEP", 23) > 1 ? 3 : 1;
+    const int step = campaignSetting("KEEPER_CRASH_STEP", 23) > 1 ? 3 : 1;
     for (const int error : {ENOSPC, EIO, EROFS, EDQUOT}) {
         int refused = 0;
         int replaced = 0;

@@ -26,17 +26,12 @@
 #include "store/entries.h"
 #include "store/sys_logs.h"
 #include "support/fake_machine.h"
+#include "support/no_column_key.h"
 #include "support/temp_home.h"
 #include "support/vault.h"
 #include "workspace/session_end.h"
 
 namespace keeper {
-
-class NoColumnKey final : public ColumnKey {
-  public:
-    [[nodiscard]] bool p_idpPwdSwitch() const override { return false; }
-    [[nodiscard]] QString p_plainIdpPwd() const override { return {}; }
-};
 
 /// One start of the program without its windows, over real files in the home of the environment.
 struct SessionProgram {
