@@ -36,7 +36,8 @@ constexpr int kEntriesOfADirectory = 80;
 /// A message box in a benchmark is an error of the benchmark.
 class FatalPrompt final : public Prompt {
   public:
-    Answer messageBox(const QString& text, Icon, Buttons, const QString&) override {
+    Answer messageBox(const QString& text, Icon, Buttons, const QString&,
+                      std::optional<Answer>) override {
         std::fprintf(stderr, "%s\n", text.toUtf8().constData());
         std::exit(1);
     }

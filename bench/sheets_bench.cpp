@@ -33,7 +33,7 @@ constexpr int kEntriesEach = 50;
 class NoPrompt final : public Prompt {
   public:
     Answer messageBox(const QString& text, Icon /*icon*/, Buttons /*buttons*/,
-                      const QString& /*title*/) override {
+                      const QString& /*title*/, std::optional<Answer> /*preset*/) override {
         qFatal("%s", qPrintable(text));
     }
     std::optional<QString> inputBox(const QString& /*prompt*/, const QString& /*title*/,

@@ -195,9 +195,9 @@ void Login::OnLoginClicked() {
         return;
     }
     CountFailedAttempt();
-    const auto answer =
-        m_ports.prompt.messageBox(QStringLiteral("登录密钥错误！是否再试一次？"),
-                                  Prompt::Icon::Exclamation, Prompt::Buttons::YesNo);
+    const auto answer = m_ports.prompt.messageBox(QStringLiteral("登录密钥错误！是否再试一次？"),
+                                                  Prompt::Icon::Exclamation, Prompt::Buttons::YesNo,
+                                                  QString(), Prompt::Answer::Yes);
     if (answer != Prompt::Answer::Yes) {
         close(Result::End);
         return;

@@ -146,6 +146,10 @@ bool DatabaseError::saysNoDatabase() const {
     return primary == SQLITE_NOTADB || primary == SQLITE_CORRUPT || primary == SQLITE_FORMAT;
 }
 
+bool DatabaseError::saysWrongPassword() const {
+    return (m_number & 0xFF) == SQLITE_NOTADB;
+}
+
 bool DatabaseError::saysBusy() const {
     const int primary = m_number & 0xFF;
     return primary == SQLITE_BUSY || primary == SQLITE_LOCKED;

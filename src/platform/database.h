@@ -26,6 +26,8 @@ class DatabaseError : public std::runtime_error {
     [[nodiscard]] const QString& description() const { return m_description; }
     /// The file is no sound database under this password.
     [[nodiscard]] bool saysNoDatabase() const;
+    /// The first page is not under this password, or is no page of a database at all.
+    [[nodiscard]] bool saysWrongPassword() const;
     /// Somebody else holds the file.
     [[nodiscard]] bool saysBusy() const;
 

@@ -19,9 +19,11 @@ class Prompt {
     virtual ~Prompt() = default;
 
     /// An empty title stands for the program's name. Closing the box counts as Cancel, or as No
-    /// where there is no Cancel, or as Ok where that is the only button.
+    /// where there is no Cancel, or as Ok where that is the only button. `preset` is what Enter
+    /// answers; without one it is the first button, but the harmless one (No, Cancel) where a
+    /// warning asks, and No where there are three.
     virtual Answer messageBox(const QString& text, Icon icon, Buttons buttons = Buttons::Ok,
-                              const QString& title = {}) = 0;
+                              const QString& title = {}, std::optional<Answer> preset = {}) = 0;
     /// No value when the person cancels; an empty text when it was accepted empty.
     virtual std::optional<QString> inputBox(const QString& prompt, const QString& title,
                                             const QString& defaultText = {}) = 0;

@@ -258,7 +258,7 @@ bool SealedDatabase::CryptKVDB(bool scheme, int mode, bool closeDialog, const QS
         const WipeGuard wipePlain(plain);
         QString key = GetCryptLgnKey(scheme, plain);
         const WipeGuard wipeKey(key);
-        return which == CryptMode::Unseal ? unseal(key) : seal(scheme, key, target);
+        return which == CryptMode::Unseal ? unseal(scheme, key) : seal(scheme, key, target);
     });
     if (closeDialog) {
         m_display.close();
@@ -266,7 +266,32 @@ bool SealedDatabase::CryptKVDB(bool scheme, int mode, bool closeDialog, const QS
     return done;
 }
 
-bool SealedDatabase::unseal(const QString& key) {
+/// The last block proves the key and is itself unprotected; the first page, which has a code of its
+/// own under the page key, tells a damaged last block from another key.
+bool SealedDatabase::firstPageOpens(bool scheme, const QString& key) {
+    QString plain = m_keys.p_plainLgnKey();
+    const WipeGuard wipePlain(plain);
+    QString password = GetAccessDBSec(scheme, plain);
+    const WipeGuard wipePassword(password);
+    startWorkingCopy(Origin::Unsealed);
+    bool isOpen = true;
+    try {
+        QFile::remove(m_tmpFile);
+        unsealFirstPage(m_cipher, p_kvdbFile(), m_tmpFile, key);
+        m_database.open(m_tmpFile, password);
+        m_database.close();
+    } catch (const DatabaseError& error) {
+        // One page of many: the engine reads it and then misses the others.
+        isOpen = !error.saysWrongPassword();
+    } catch (...) {
+        static_cast<void>(removeWorkingCopy());
+        throw;
+    }
+    static_cast<void>(removeWorkingCopy());
+    return isOpen;
+}
+
+bool SealedDatabase::unseal(bool scheme, const QString& key) {
     const QString sealed = p_kvdbFile();
     startWorkingCopy(Origin::Unsealed);
     UnsealResult result = UnsealResult::SystemFailed;
@@ -281,6 +306,9 @@ bool SealedDatabase::unseal(const QString& key) {
         return true;
     }
     static_cast<void>(removeWorkingCopy());
+    if (result == UnsealResult::NotUnderThisKey && firstPageOpens(scheme, key)) {
+        result = UnsealResult::Malformed;
+    }
     switch (result) {
         case UnsealResult::Done:
         case UnsealResult::NotUnderThisKey:
@@ -288,10 +316,9 @@ bool SealedDatabase::unseal(const QString& key) {
             break;
         case UnsealResult::Malformed:
             m_trouble = Trouble::Damaged;
-            throw KeeperError(
-                kUnspecified, QStringLiteral("CryptKVDB"),
-                QStringLiteral("密码数据库文件的长度不正确：文件已损坏，或者复制不完整。"
-                               "没有改动任何文件，请用备份替换后再登录。"));
+            throw KeeperError(kUnspecified, QStringLiteral("CryptKVDB"),
+                              QStringLiteral("密码数据库文件不完整：文件已损坏，或者复制时被截断。"
+                                             "没有改动任何文件，请用备份替换后再登录。"));
         case UnsealResult::SystemFailed:
             throw KeeperError(5, QStringLiteral("CryptKVDB"),
                               QStringLiteral("解密未能完成。\r\n") + m_cipher.lastFailure());

@@ -31,9 +31,9 @@ class SealedDatabase {
     /// after a failed login must look here first: only WrongKey may lead there.
     enum class Trouble {
         None,
-        WrongKey,  ///< not under this key, or damaged in the one block that proves the key
-        Damaged,   ///< the key was right and the database inside is unsound, or no key opens a
-                   ///< sealed file of this length
+        WrongKey,  ///< neither the last block nor the first page is under this key
+        Damaged,   ///< the key was right and the database inside is unsound, or no key makes such
+                   ///< a sealed file
         InUse,     ///< another program holds the working copy
         System,    ///< disk, rights or memory: says nothing about the content
     };
@@ -99,7 +99,8 @@ class SealedDatabase {
     /// `isTaken` runs behind the re-key; what it throws takes the re-key back.
     bool setAccessDBSec(bool scheme, const QString& newKey, bool initial,
                         const std::function<void()>& isTaken);
-    bool unseal(const QString& key);
+    bool unseal(bool scheme, const QString& key);
+    bool firstPageOpens(bool scheme, const QString& key);
     bool seal(bool scheme, const QString& key, const QString& target);
     void settleJournal(bool scheme);
     void compactInto(const QString& fresh, const QString& password);

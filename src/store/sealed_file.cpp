@@ -57,6 +57,39 @@ std::int64_t sizeOf(const UniqueFd& file, const QString& path) {
     return state.st_size;
 }
 
+void readAt(const UniqueFd& file, const QString& path, std::int64_t offset,
+            std::vector<std::uint8_t>& bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t got = ::pread(file.get(), bytes.data() + done, bytes.size() - done,
+                                    offset + static_cast<std::int64_t>(done));
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            errno = got == 0 ? EIO : errno;
+            fail("read", path);
+        }
+        done += static_cast<std::size_t>(got);
+    }
+}
+
+/// Enciphered bytes are never a whole page of zeros: that is what was not written out.
+bool hasPageOfZeros(const QString& path) {
+    const UniqueFd file = openFile(path, O_RDONLY);
+    const std::int64_t pageSize = DatabaseOptions{}.pageSize;
+    const std::int64_t pages = sizeOf(file, path) / pageSize;
+    const std::vector<std::uint8_t> zeros(static_cast<std::size_t>(pageSize));
+    std::vector<std::uint8_t> page(zeros.size());
+    for (std::int64_t i = 0; i < pages; ++i) {
+        readAt(file, path, i * pageSize, page);
+        if (page == zeros) {
+            return true;
+        }
+    }
+    return false;
+}
+
 /// A database is whole pages and pages are whole blocks, so the one block behind them is always the
 /// enciphered block of zeros. It proves the key, and it is the only place of a sealed file that the
 /// authentication codes of the pages do not reach.
@@ -70,16 +103,14 @@ UnsealResult endOf(Cryptor3& cipher, const QString& path, const QString& key) {
         return UnsealResult::Malformed;
     }
     std::vector<std::uint8_t> last(blockSize);
-    const ssize_t got = ::pread(file.get(), last.data(), last.size(), size - block);
-    if (got < 0) {
-        fail("read", path);
-    }
+    readAt(file, path, size - block, last);
     std::vector<std::uint8_t> expected;
     cipher.SetCipherKeyString(key, bits, bits, false);
     cipher.ArrayEncrypt(std::vector<std::uint8_t>(blockSize), expected, false, bits);
-    return static_cast<std::size_t>(got) == blockSize && last == expected
-               ? UnsealResult::Done
-               : UnsealResult::NotUnderThisKey;
+    if (last == expected) {
+        return UnsealResult::Done;
+    }
+    return hasPageOfZeros(path) ? UnsealResult::Malformed : UnsealResult::NotUnderThisKey;
 }
 
 /// Takes the file away unless it was kept: on every way out of a failed operation.
@@ -173,6 +204,26 @@ UnsealResult unsealFile(Cryptor3& cipher, const QString& source, const QString& 
     }
     made.keep();
     return UnsealResult::Done;
+}
+
+void unsealFirstPage(Cryptor3& cipher, const QString& source, const QString& target,
+                     const QString& key) {
+    const int bits = Cryptor3::sizeForKey(key.size());
+    std::vector<std::uint8_t> sealed(static_cast<std::size_t>(DatabaseOptions{}.pageSize));
+    readAt(openFile(source, O_RDONLY), source, 0, sealed);
+    std::vector<std::uint8_t> page;
+    cipher.SetCipherKeyString(key, bits, bits, false);
+    cipher.ArrayDecrypt(page, sealed, false, bits);
+    createPrivateFile(target);
+    TemporaryFile made(target);
+    QFile file(target);
+    const auto size = static_cast<qint64>(page.size());
+    if (!file.open(QIODevice::WriteOnly) ||
+        file.write(reinterpret_cast<const char*>(page.data()), size) != size || !file.flush()) {
+        errno = ENOSPC;
+        fail("write", target);
+    }
+    made.keep();
 }
 
 }  // namespace keeper

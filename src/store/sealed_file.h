@@ -13,9 +13,10 @@ class Random;
 /// Why a file could not be unsealed.
 enum class UnsealResult {
     Done,
-    /// The file is no sealed database under this key: another key, or damaged in its last block.
+    /// The last block is not the one that this key makes: another key, or damage in that block.
     NotUnderThisKey,
-    /// No key opens a file of this length: it is empty, cut or was copied in part.
+    /// No key makes such a file: it is empty, cut, copied in part, or has a page of zeros, as a
+    /// power cut or a failing disk leaves them.
     Malformed,
     /// The key is right; disk, rights or memory failed. Says nothing about the content.
     SystemFailed,
@@ -47,5 +48,10 @@ void sealFile(Cryptor3& cipher, const QString& source, const QString& target, co
 /// Throws std::system_error when the source cannot be read.
 [[nodiscard]] UnsealResult unsealFile(Cryptor3& cipher, const QString& source,
                                       const QString& target, const QString& key);
+
+/// Deciphers the first page of the database in `source` into the new file `target` (mode 0600),
+/// whatever the rest is like. Throws std::system_error.
+void unsealFirstPage(Cryptor3& cipher, const QString& source, const QString& target,
+                     const QString& key);
 
 }  // namespace keeper

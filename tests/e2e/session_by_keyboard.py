@@ -98,7 +98,7 @@ def log_in_after_a_wrong_key():
     type_text("abc123-x")
     press("Return")
     window("Morvane Keeper")  # asks whether to try again
-    press("alt+y")
+    press("Return")
     window("登录 - Morvane Keeper")
     log_in()
     window("Morvane Keeper")  # tells of the failed attempt

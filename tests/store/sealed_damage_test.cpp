@@ -110,6 +110,27 @@ TEST_F(SealedDamageTest, TellsARightKeyFromASoundFile) {
     EXPECT_EQ(m_session.vault.trouble(), SealedDatabase::Trouble::Damaged);
     EXPECT_TRUE(m_session.seal()) << "goes back as it was";
     EXPECT_EQ(contentOf(m_session.keys.file), bytes);
+
+    // The end proves the key; damage there, or a file that a power cut left as zeros, is no wrong
+    // key.
+    QByteArray end = m_good;
+    end[end.size() - 1] = static_cast<char>(end[end.size() - 1] ^ 1);
+    QByteArray zeroEnd = m_good;
+    zeroEnd.replace(zeroEnd.size() - 4096, 4096, QByteArray(4096, '\0'));
+    QByteArray longEnd = m_good + m_good.first(4096);
+    for (const QByteArray& spoiled : {end, zeroEnd, longEnd, QByteArray(m_good.size(), '\0')}) {
+        putContent(m_session.keys.file, spoiled);
+        for (const bool scheme : {false, true}) {
+            EXPECT_FALSE(m_session.open(scheme));
+            if (!scheme || spoiled.at(0) == '\0') {
+                EXPECT_EQ(m_session.vault.trouble(), SealedDatabase::Trouble::Damaged);
+            }
+        }
+    }
+    putContent(m_session.keys.file, m_good);
+    m_session.keys.p_plainLgnKey(QStringLiteral("another key"));
+    EXPECT_FALSE(m_session.open());
+    EXPECT_EQ(m_session.vault.trouble(), SealedDatabase::Trouble::WrongKey);
     ASSERT_TRUE(QFile::remove(m_session.keys.file));
     EXPECT_FALSE(m_session.open());
     EXPECT_EQ(m_session.vault.trouble(), SealedDatabase::Trouble::System);

@@ -24,6 +24,7 @@ class ScriptedPrompt final : public Prompt {
         Icon icon = Icon::None;
         Buttons buttons = Buttons::Ok;
         QString title;
+        std::optional<Answer> preset = {};
     };
 
     std::vector<Shown> boxes;
@@ -35,9 +36,9 @@ class ScriptedPrompt final : public Prompt {
     /// Called while a message box stands on the screen.
     std::function<void()> onShown;
 
-    Answer messageBox(const QString& text, Icon icon, Buttons buttons,
-                      const QString& title) override {
-        boxes.push_back({text, icon, buttons, title});
+    Answer messageBox(const QString& text, Icon icon, Buttons buttons, const QString& title,
+                      std::optional<Answer> preset) override {
+        boxes.push_back({text, icon, buttons, title, preset});
         if (onShown) {
             onShown();
         }

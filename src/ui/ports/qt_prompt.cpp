@@ -79,7 +79,8 @@ ButtonSet buttonSet(Prompt::Buttons buttons, Prompt::Icon icon) {
         case Prompt::Buttons::Ok:
             break;
         case Prompt::Buttons::OkCancel:
-            return {QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok, QMessageBox::Cancel};
+            return {QMessageBox::Ok | QMessageBox::Cancel,
+                    isWarning ? QMessageBox::Cancel : QMessageBox::Ok, QMessageBox::Cancel};
         case Prompt::Buttons::YesNo:
             return {QMessageBox::Yes | QMessageBox::No,
                     isWarning ? QMessageBox::No : QMessageBox::Yes, QMessageBox::No};
@@ -89,6 +90,20 @@ ButtonSet buttonSet(Prompt::Buttons buttons, Prompt::Icon icon) {
                     isWarning ? QMessageBox::Cancel : QMessageBox::No, QMessageBox::Cancel};
     }
     return {QMessageBox::Ok, QMessageBox::Ok, QMessageBox::Ok};
+}
+
+QMessageBox::StandardButton buttonOf(Prompt::Answer answer) {
+    switch (answer) {
+        case Prompt::Answer::Yes:
+            return QMessageBox::Yes;
+        case Prompt::Answer::No:
+            return QMessageBox::No;
+        case Prompt::Answer::Cancel:
+            return QMessageBox::Cancel;
+        case Prompt::Answer::Ok:
+            break;
+    }
+    return QMessageBox::Ok;
 }
 
 /// Named here and not left to the toolkit's translation, which may not be installed.
@@ -108,8 +123,11 @@ QString buttonText(QMessageBox::StandardButton button) {
 }  // namespace
 
 Prompt::Answer QtPrompt::messageBox(const QString& text, Icon icon, Buttons buttons,
-                                    const QString& title) {
-    const ButtonSet set = buttonSet(buttons, icon);
+                                    const QString& title, std::optional<Answer> preset) {
+    ButtonSet set = buttonSet(buttons, icon);
+    if (preset) {
+        set.preset = buttonOf(*preset);
+    }
     QMessageBox box(owner());
     box.setObjectName(QStringLiteral("messageBox"));
     box.setWindowTitle(title.isEmpty() ? programTitle() : title);

@@ -12,7 +12,7 @@ namespace keeper {
 class QtPrompt final : public Prompt {
   public:
     Answer messageBox(const QString& text, Icon icon, Buttons buttons = Buttons::Ok,
-                      const QString& title = {}) override;
+                      const QString& title = {}, std::optional<Answer> preset = {}) override;
     std::optional<QString> inputBox(const QString& prompt, const QString& title,
                                     const QString& defaultText = {}) override;
     QString openFile(const QString& title, const QString& folder, const QString& filter) override;
