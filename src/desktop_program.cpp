@@ -41,6 +41,7 @@
 #include "store/sys_logs.h"
 #include "store/time_text.h"
 #include "ui/frm_main.h"
+#include "ui/ports/qt_beeper.h"
 #include "ui/ports/qt_clipboard.h"
 #include "ui/ports/qt_event_loop.h"
 #include "ui/ports/qt_prompt.h"
@@ -49,6 +50,7 @@
 #include "ui/theme/icons.h"
 #include "ui/theme/theme.h"
 #include "workspace/session_end.h"
+#include "workspace_parts.h"
 
 namespace keeper {
 namespace {
@@ -66,6 +68,27 @@ class SettingsColumnKey final : public ColumnKey {
     const System& m_system;
 };
 
+/// Sensitive commands ask for the independent password; a user without one is asked nothing.
+class IndependentPasswordGate final : public AuthorityGate {
+  public:
+    IndependentPasswordGate(Prompt& prompt, const SealedDatabase& database)
+        : m_prompt(prompt), m_database(database) {}
+    bool CheckAuthority(bool isNeeded) override {
+        return !isNeeded || m_database.IsIdpPwdNull() || asks();
+    }
+
+  private:
+    bool asks() {
+        m_prompt.messageBox(
+            QStringLiteral("此操作需要验证独立密码，本版本尚不能验证，操作已取消。"),
+            Prompt::Icon::Exclamation);
+        return false;
+    }
+
+    Prompt& m_prompt;
+    const SealedDatabase& m_database;
+};
+
 // Keys of the tray's menu.
 const QString kShowMain = QStringLiteral("mn_trayMainInterface");
 const QString kExit = QStringLiteral("mn_trayExit");
@@ -79,6 +102,7 @@ struct DesktopProgram::Graph {
     [[nodiscard]] Login::Ports loginPorts();
     [[nodiscard]] SessionEnd::Ports sessionEndPorts();
     void connectSession();
+    void startWorkspace();
     void startSession();
     void endSession(CloseReason reason);
     void tellRunTime();
@@ -92,6 +116,7 @@ struct DesktopProgram::Graph {
     QtEventLoop eventLoop;
     QtClipboard clipboard;
     QtTray tray;
+    QtBeeper beeper;
     X11KeyboardState keyboard;
     LinuxSingleInstance instance;
     LinuxSessionWatch sessionWatch;
@@ -127,6 +152,8 @@ struct DesktopProgram::Graph {
     Wizard wizard;
 
     frmMain mainWindow;
+    IndependentPasswordGate gate;
+    WorkspaceParts parts;
     SessionWindows windows;
     SessionEnd sessionEnd;
     QTimer tmrRunTime;
@@ -164,6 +191,9 @@ DesktopProgram::Graph::Graph(QApplication& application)
             destruction}),
       login(loginPorts()),
       wizard({prompt, clock, random, system, sealed, guard, fils, users, regedit}),
+      gate(prompt, sealed),
+      parts({prompt, clock, system, store, files, entries, programs, fils, logs, gate, beeper,
+             mainWindow}),
       windows(login, wizard, keyboard, mainWindow),
       sessionEnd(sessionEndPorts()) {
     system.attach(sealed);
@@ -214,15 +244,23 @@ SessionEnd::Ports DesktopProgram::Graph::sessionEndPorts() {
             files,
             [this] { mainWindow.hide(); },
             [this](const QString& title, const QString& text) { tray.showBalloon(text, title); },
-            [] { return false; },
+            [this] { return parts.workspace.m_editState != EditState::Browse; },
             [] {},
             [this] { clipboard.clear(); },
             [] {},
-            [this] { tmrRunTime.stop(); },
+            [this] {
+                tmrRunTime.stop();
+                mainWindow.keepGeometry();
+            },
             [this] { tray.setVisible(false); }};
 }
 
 void DesktopProgram::Graph::connectSession() {
+    mainWindow.attach({{parts.workspace, parts.sheets, parts.directories, parts.drag},
+                       parts.pane,
+                       parts.disposal,
+                       parts.size});
+    windows.setBeforeMain([this] { startWorkspace(); });
     QObject::connect(&tmrRunTime, &QTimer::timeout, &mainWindow, [this] {
         sessionEnd.tick();
         tellRunTime();
@@ -261,12 +299,17 @@ void DesktopProgram::Graph::connectSession() {
     });
 }
 
-void DesktopProgram::Graph::startSession() {
+void DesktopProgram::Graph::startWorkspace() {
     mainWindow.SetCaption(system.p_userName());
-    StatusPanels& panels = mainWindow.statusPanels();
-    panels.setPanel(StatusPanel::DeadCount,
-                    QStringLiteral("分机存活期：%1天").arg(guard.deadCount()));
-    panels.setPanel(StatusPanel::Operation, QStringLiteral("浏览查找"));
+    mainWindow.statusPanels().setPanel(StatusPanel::DeadCount,
+                                       QStringLiteral("分机存活期：%1天").arg(guard.deadCount()));
+    parts.sheets.start();
+    parts.pane.SetEditState(EditState::Browse);
+    parts.pane.ShowControls(EditPane::kDirectoryType);
+    mainWindow.start();
+}
+
+void DesktopProgram::Graph::startSession() {
     tray.setMenu(
         {{kShowMain, QStringLiteral("主界面")}, {{}, {}}, {kExit, QStringLiteral("退出")}});
     tray.setToolTip(system.p_userName() + QStringLiteral(" - ") + programTitle());

@@ -69,6 +69,9 @@ bool SessionWindows::showWizard() {
 }
 
 void SessionWindows::showMain() {
+    if (m_beforeMain) {
+        m_beforeMain();
+    }
     m_main.show();
     m_main.bringToFront();
 }

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "app/session_forms.h"
@@ -44,12 +45,15 @@ class SessionWindows final : public SessionForms {
     LoginResult showLogin() override;
     bool showWizard() override;
     void showMain() override;
+    /// Fills the main window, just before it appears.
+    void setBeforeMain(std::function<void()> work) { m_beforeMain = std::move(work); }
 
   private:
     Login& m_login;
     Wizard& m_wizard;
     const KeyboardState& m_keyboard;
     frmMain& m_main;
+    std::function<void()> m_beforeMain;
     std::unique_ptr<frmSplash> m_splash;
 };
 

@@ -48,7 +48,7 @@ struct WorkspaceServices {
 enum class EditState { Browse = 0, Modify = 1, Add = 2 };
 
 /// Bits of the settings' authorities that the main window asks for.
-enum Authority { kActivateDiscarded = 0, kDeleteProtectedFile = 7 };
+enum Authority { kActivateDiscarded = 0, kRestoreOriginalSize = 1, kDeleteProtectedFile = 7 };
 
 /// The entry in the pane, as the database holds it: what the pane's fields are compared with.
 struct ShownEntry {
