@@ -131,10 +131,16 @@ void frmMain::connectDirectoryCommands() {
 void frmMain::connectViewCommands() {
     Sheets& sheets = m_logic->sheets.sheets;
     m_actions->carryOut(QStringLiteral("mn_refreshMain"), [&sheets] { sheets.mn_refreshMain(); });
-    m_actions->carryOut(QStringLiteral("mn_find"), [this, &sheets] {
-        sheets.selectTab(SheetTab::Search);
-        stSheets->focusSearch();
-    });
+    const auto goTo = [this, &sheets](const char* name, SheetTab tab) {
+        m_actions->carryOut(QString::fromLatin1(name), [this, &sheets, tab] {
+            sheets.selectTab(tab);
+            stSheets->focusSheet(tab);
+        });
+    };
+    goTo("mn_find", SheetTab::Search);
+    goTo("mn_showTree", SheetTab::Directory);
+    goTo("mn_showSearch", SheetTab::Search);
+    goTo("mn_showFavourites", SheetTab::Favourite);
     m_actions->carryOut(QStringLiteral("mn_formSize"), [this] { mn_formSize(); });
     QAction* front = m_actions->action(QStringLiteral("mn_keepFront"));
     front->setCheckable(true);

@@ -32,6 +32,8 @@ constexpr int glyphNumber(Glyph glyph) {
     return static_cast<int>(glyph);
 }
 
+// Ctrl with E, D, K, U, Delete and Backspace edits a line in text fields, which would swallow it.
+
 /// A command without a name is a separator.
 const Command kSeparator{nullptr, u"", "", kNoGlyph};
 
@@ -51,14 +53,14 @@ MenuPlan entryMenu() {
             u"条目(&E)",
             {{"mn_addSingle", u"单条添加(&A)", "Ctrl+N", glyphNumber(Glyph::Add)},
              {"mn_addBatch", u"批量添加(&B)", "Ctrl+Shift+N", kNoGlyph},
-             {"mn_modifySingle", u"单条修改(&M)", "Ctrl+E", glyphNumber(Glyph::Edit)},
-             {"mn_modifyBatch", u"批量修改(&H)", "Ctrl+Shift+E", kNoGlyph},
+             {"mn_modifySingle", u"单条修改(&M)", "F2", glyphNumber(Glyph::Edit)},
+             {"mn_modifyBatch", u"批量修改(&H)", "Shift+F2", kNoGlyph},
              {"mn_save", u"保存(&S)", "Ctrl+S", glyphNumber(Glyph::Save)},
-             {"mn_cancel", u"取消(&C)", "Ctrl+Backspace", glyphNumber(Glyph::Undo)},
-             {"mn_delete", u"删除(&D)", "Ctrl+Delete", glyphNumber(Glyph::Delete)},
+             {"mn_cancel", u"取消(&C)", "Shift+Esc", glyphNumber(Glyph::Undo)},
+             {"mn_delete", u"删除(&D)", "Alt+Del", glyphNumber(Glyph::Delete)},
              kSeparator,
-             {"AddBookmark", u"添加书签(&K)", "Ctrl+D", glyphNumber(Glyph::Bookmark)},
-             {"RemoveBookmark", u"移除书签(&V)", "Ctrl+Shift+D", kNoGlyph},
+             {"AddBookmark", u"添加书签(&K)", "Ctrl+B", glyphNumber(Glyph::Bookmark)},
+             {"RemoveBookmark", u"移除书签(&V)", "Ctrl+Shift+B", kNoGlyph},
              kSeparator,
              {"mn_activate", u"打开(&O)", "Ctrl+O", glyphNumber(Glyph::Link)},
              {"mn_showNumber", u"显示号码(&N)", "", kNoGlyph},
@@ -92,7 +94,9 @@ MenuPlan viewMenu() {
             u"查看(&V)",
             {{"mn_refreshMain", u"刷新(&R)", "F5", glyphNumber(Glyph::Refresh)},
              {"mn_find", u"查找条目(&F)", "Ctrl+F", glyphNumber(Glyph::Search)},
-             {"mn_contentSingle", u"目录树单一展开(&S)", "", kNoGlyph},
+             {"mn_showTree", u"目录页(&1)", "Ctrl+1", glyphNumber(Glyph::Folder)},
+             {"mn_showSearch", u"查找页(&2)", "Ctrl+2", kNoGlyph},
+             {"mn_showFavourites", u"收藏页(&3)", "Ctrl+3", kNoGlyph},
              kSeparator,
              {"mn_formSize", u"微型尺寸(&M)", "Ctrl+M", kNoGlyph},
              {"mn_keepFront", u"保持前置(&K)", "", kNoGlyph},

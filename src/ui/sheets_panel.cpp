@@ -200,7 +200,7 @@ QWidget* SheetsPanel::buildFavourites(const MainActions& actions) {
     half(lblRecentUpdates,
          withHint(lsbRecentUpdate, QStringLiteral("新增或修改过的条目会出现在这里。")), {});
     half(lblBookmark,
-         withHint(lsbBookmark, QStringLiteral("选择一个条目，按 Ctrl+D 把它加入书签。")),
+         withHint(lsbBookmark, QStringLiteral("选择一个条目，按 Ctrl+B 把它加入书签。")),
          {actions.action(QStringLiteral("AddBookmark")),
           actions.action(QStringLiteral("RemoveBookmark"))});
     return halves;
@@ -317,6 +317,20 @@ void SheetsPanel::focusTree() {
 void SheetsPanel::focusSearch() {
     txtSearch->setFocus(Qt::OtherFocusReason);
     txtSearch->selectAll();
+}
+
+void SheetsPanel::focusSheet(SheetTab tab) {
+    switch (tab) {
+        case SheetTab::Directory:
+            focusTree();
+            break;
+        case SheetTab::Search:
+            focusSearch();
+            break;
+        case SheetTab::Favourite:
+            lsbBookmark->setFocus(Qt::OtherFocusReason);
+            break;
+    }
 }
 
 int SheetsPanel::bookmarkRow() const {

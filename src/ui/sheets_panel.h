@@ -45,6 +45,8 @@ class SheetsPanel final : public QTabWidget {
     /// Enables the directory commands that fit the node.
     void fitDirectoryCommands(const QString& key);
     void focusSearch();
+    /// The keyboard goes to what the sheet is about.
+    void focusSheet(SheetTab tab);
     /// Selected line of `lsbBookmark`; ItemListModel::kNoRow when none is.
     [[nodiscard]] int bookmarkRow() const;
 
