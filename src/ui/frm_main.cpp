@@ -123,7 +123,7 @@ void frmMain::connectDirectoryCommands() {
     command("mn_dirClear", [&directories] { directories.mn_dirClear(); });
     command("mn_dirExpand", [&sheets] { sheets.mn_dirExpand(); });
     command("mn_dirCollapse", [&sheets] { sheets.mn_dirCollapse(); });
-    auto* menu = menuBar()->findChild<QMenu*>(QStringLiteral("mn_DirPopup"));
+    auto* menu = menuBar()->findChild<QMenu*>(QStringLiteral("mnDirectory"));
     connect(menu, &QMenu::aboutToShow, this,
             [this, &sheets] { stSheets->fitDirectoryCommands(sheets.state().selectedKey); });
 }

@@ -74,7 +74,7 @@ MenuPlan entryMenu() {
 }
 
 MenuPlan directoryMenu() {
-    return {"mn_DirPopup",
+    return {"mnDirectory",
             u"目录(&R)",
             {{"mn_dirNewSub", u"新建子目录(&N)", "", glyphNumber(Glyph::Folder)},
              {"mn_dirRename", u"重命名目录(&R)", "", kNoGlyph},

@@ -21,8 +21,8 @@
 
 #include "support/fake_desktop.h"
 #include "ui/dlg_connecting.h"
-#include "ui/frm_main.h"
 #include "ui/frm_splash.h"
+#include "ui/main_window_fixture.h"
 #include "ui/ports/qt_prompt.h"
 #include "ui/theme/icons.h"
 #include "ui/theme/theme.h"
@@ -85,6 +85,25 @@ QWidget* controls(const KeyboardState& keyboard) {
     return page;
 }
 
+/// The main window over a few entries.
+class MainWindowPicture final : public MainWindowTest {
+  public:
+    MainWindowPicture() {
+        SetUp();
+        addWeb(u"010102"_s, u"工作邮件"_s, u"secret"_s);
+        addFil(u"030101"_s, u"年度报告.odt"_s, u"/home/user/年度报告.odt"_s);
+        m_sheets.RefreshSheets();
+        m_window.expandSubtree(u"dir01"_s, true);
+        m_sheets.clickTree(u"ent010101"_s);
+    }
+    [[nodiscard]] frmMain& window() { return m_window; }
+    [[nodiscard]] EditPane& pane() { return m_pane; }
+    [[nodiscard]] Sheets& sheets() { return m_sheets; }
+
+  private:
+    void TestBody() override {}
+};
+
 void save(QWidget& widget, const QString& path) {
     widget.show();
     QApplication::processEvents();
@@ -119,13 +138,27 @@ int main(int argc, char** argv) {
         save(connecting, folder + QStringLiteral("/connecting-failed") + tail);
         const std::unique_ptr<QWidget> page(controls(keyboard));
         save(*page, folder + QStringLiteral("/controls") + tail);
-        frmMain window;
+        MainWindowPicture picture;
+        frmMain& window = picture.window();
         window.SetCaption(QStringLiteral("张三"));
         window.statusPanels().setPanel(StatusPanel::Message, QStringLiteral("今天将进行定期备份"));
         window.statusPanels().setPanel(StatusPanel::Operation, QStringLiteral("浏览"));
         window.statusPanels().setPanel(StatusPanel::FillState, QStringLiteral("通用型|00:60"));
         window.statusPanels().setPanel(StatusPanel::RunTime, QStringLiteral("1小时12分5秒"));
         save(window, folder + QStringLiteral("/main") + tail);
+        picture.pane().SetEditState(EditState::Modify);
+        save(window, folder + QStringLiteral("/main-edit") + tail);
+        picture.pane().SetEditState(EditState::Browse);
+        for (const SheetTab tab : {SheetTab::Search, SheetTab::Favourite}) {
+            picture.sheets().selectTab(tab);
+            save(window,
+                 folder + QStringLiteral("/main-sheet%1").arg(static_cast<int>(tab)) + tail);
+        }
+        picture.sheets().selectTab(SheetTab::Directory);
+        picture.sheets().clickTree(u"dir0101"_s);
+        save(window, folder + QStringLiteral("/main-empty") + tail);
+        window.mn_formSize();
+        save(window, folder + QStringLiteral("/main-micro") + tail);
         for (const auto icon : {Prompt::Icon::Question, Prompt::Icon::Critical}) {
             QTimer::singleShot(300, [&] {
                 if (QWidget* box = QApplication::activeModalWidget()) {

@@ -55,6 +55,8 @@ class RecordingNeighbours final : public FillMonitorPort,
     QStringList calls;
     EditPaneState pane;
     int paneShown = 0;
+    /// A real window that shows what is told here, if there is one.
+    WorkspaceView* window = nullptr;
 
     void ActivateMonitor(int state) override { fills.push_back(state); }
     bool CheckAuthority(bool isNeeded) override {
@@ -70,14 +72,30 @@ class RecordingNeighbours final : public FillMonitorPort,
     void showPane(const EditPaneState& state) override {
         pane = state;
         ++paneShown;
+        pass(&WorkspaceView::showPane, state);
     }
-    void showSheets(const SheetsState& /*state*/) override {}
-    void expandNode(const QString& /*key*/) override {}
+    void showSheets(const SheetsState& state) override { pass(&WorkspaceView::showSheets, state); }
+    void expandNode(const QString& key) override { pass(&WorkspaceView::expandNode, key); }
     void expandSubtree(const QString& key, bool isOpen) override {
         calls << (isOpen ? u"open "_s : u"close "_s) + key;
+        pass(&WorkspaceView::expandSubtree, key, isOpen);
     }
-    void focusTree() override { calls << u"focus tree"_s; }
-    void focusSearch() override { calls << u"focus search"_s; }
+    void focusTree() override {
+        calls << u"focus tree"_s;
+        pass(&WorkspaceView::focusTree);
+    }
+    void focusSearch() override {
+        calls << u"focus search"_s;
+        pass(&WorkspaceView::focusSearch);
+    }
+
+  private:
+    template <typename Operation, typename... Arguments>
+    void pass(Operation operation, const Arguments&... arguments) {
+        if (window != nullptr) {
+            (window->*operation)(arguments...);
+        }
+    }
 };
 
 /// The main window's logic over a new database in a real file, without the example entry.
