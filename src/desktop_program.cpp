@@ -28,11 +28,13 @@
 #include "platform/database_self_test.h"
 #include "platform/linux/desktop_appearance.h"
 #include "platform/linux/desktop_notification.h"
+#include "platform/linux/fprint_reader.h"
 #include "platform/linux/linux_machine.h"
 #include "platform/linux/linux_session_watch.h"
 #include "platform/linux/linux_single_instance.h"
 #include "platform/linux/x11_keyboard_state.h"
 #include "platform/random.h"
+#include "protection_parts.h"
 #include "store/column_cipher.h"
 #include "store/companions.h"
 #include "store/cryptor_host_adapter.h"
@@ -55,14 +57,14 @@
 namespace keeper {
 namespace {
 
-/// Column encryption as the settings tell it. The password is kept by the gate that verified it.
+/// Column encryption as the settings tell it, under the password that the session has verified.
 class SettingsColumnKey final : public ColumnKey {
   public:
     explicit SettingsColumnKey(const System& system) : m_system(system) {}
     [[nodiscard]] bool p_idpPwdSwitch() const override {
         return m_system.settings().p_idpPwdSwitch();
     }
-    [[nodiscard]] QString p_plainIdpPwd() const override { return {}; }
+    [[nodiscard]] QString p_plainIdpPwd() const override { return m_system.p_plainIdpPwd(); }
 
   private:
     const System& m_system;
@@ -71,22 +73,15 @@ class SettingsColumnKey final : public ColumnKey {
 /// Sensitive commands ask for the independent password; a user without one is asked nothing.
 class IndependentPasswordGate final : public AuthorityGate {
   public:
-    IndependentPasswordGate(Prompt& prompt, const SealedDatabase& database)
-        : m_prompt(prompt), m_database(database) {}
+    explicit IndependentPasswordGate(ProtectionParts& protection) : m_protection(protection) {}
     bool CheckAuthority(bool isNeeded) override {
-        return !isNeeded || m_database.IsIdpPwdNull() || asks();
+        return !isNeeded || m_protection.secret.IsIdpPwdNull() ||
+               m_protection.authenticate(Authentication::SecretType::IndependentPassword) ==
+                   Authentication::Result::Verified;
     }
 
   private:
-    bool asks() {
-        m_prompt.messageBox(
-            QStringLiteral("此操作需要验证独立密码，本版本尚不能验证，操作已取消。"),
-            Prompt::Icon::Exclamation);
-        return false;
-    }
-
-    Prompt& m_prompt;
-    const SealedDatabase& m_database;
+    ProtectionParts& m_protection;
 };
 
 // Keys of the tray's menu.
@@ -144,6 +139,8 @@ struct DesktopProgram::Graph {
     Prgs programs;
     Fils fils;
 
+    FprintReader fingerprints;
+    ProtectionParts protection;
     OSInfo osInfo;
     StoreUpgrades upgrades;
     SWProtect guard;
@@ -184,14 +181,15 @@ DesktopProgram::Graph::Graph(QApplication& application)
       entries(store),
       programs(store, entries),
       fils(store, entries),
+      protection({prompt, clock, system, sealed, logs, keyboard, fingerprints}),
       osInfo(machine, prompt),
       upgrades(entries, programs, system.settings()),
       guard({connection, clock, random, prompt, osInfo, upgrades}, programVersion()),
       road({prompt, clock, system, connection, sealed, guard, logs, users, osInfo, connecting,
-            destruction}),
+            destruction, [this] { return protection.unlockColumns(); }}),
       login(loginPorts()),
       wizard({prompt, clock, random, system, sealed, guard, fils, users, regedit}),
-      gate(prompt, sealed),
+      gate(protection),
       parts({prompt, clock, system, store, files, entries, programs, fils, logs, gate, beeper,
              mainWindow}),
       windows(login, wizard, keyboard, mainWindow),
@@ -231,7 +229,8 @@ Login::Ports DesktopProgram::Graph::loginPorts() {
             [this] { return keyboard.capsLock(); },
             [] { QApplication::beep(); },
             [](const QString& folder) { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); },
-            {},
+            [this] { return fingerprints.isAvailable(); },
+            [this](QString& userName) { return protection.verifyFinger(userName); },
             [this](const std::shared_ptr<User>& user) { system.setUser(user); }};
 }
 

@@ -3,6 +3,7 @@
 
 #include "app/settings.h"
 
+#include <algorithm>
 #include <limits>
 #include <string>
 
@@ -15,6 +16,9 @@ namespace {
 
 constexpr int unreadable = 4;
 constexpr int highestAuthority = 30;
+/// Row of tb_TypeByte: chances of the independent password that are used up. A database that no
+/// wrong password was tried on holds 0.
+constexpr std::size_t usedIdpPwdChances = 12;
 
 [[noreturn]] void refuseRow(const char* table, std::size_t row) {
     throw KeeperError(
@@ -123,13 +127,15 @@ bool Settings::ReadDB(QString& message) {
             message = currentFailure().description;
             throw;
         }
-        m_idpPwdChances1 = p_idpPwdChances0();
+        m_idpPwdChances1 = static_cast<std::int16_t>(
+            std::max(0, p_idpPwdChances0() - m_rows.bytes.row(usedIdpPwdChances)));
         m_lgnKeyChances1 = p_lgnKeyChances0();
     });
 }
 
 bool Settings::WriteDB(bool isNew) {
     return guardedRun(m_prompt, QStringLiteral("cSystem.WriteDB"), [&] {
+        countIdpPwdChances();
         Transaction transaction(m_database);
         forEachTable(m_rows, [&](const char* table, const auto& rows) {
             writeTable(m_database, table, rows, isNew);
@@ -198,6 +204,29 @@ void Settings::SetAuthority(int value, int index) {
     const auto bits = static_cast<std::uint32_t>(p_Authorities());
     // Clearing takes the sign bit along, which is out of use.
     p_Authorities(static_cast<std::int32_t>(value == 1 ? bits | bit : bits & (0x7FFFFFFFU - bit)));
+}
+
+void Settings::countIdpPwdChances() {
+    m_rows.bytes.row(usedIdpPwdChances) =
+        static_cast<std::uint8_t>(std::clamp(p_idpPwdChances0() - m_idpPwdChances1, 0, 255));
+}
+
+void Settings::KeepIdpPwdChances(int left) {
+    const std::int16_t before = m_idpPwdChances1;
+    m_idpPwdChances1 = static_cast<std::int16_t>(left);
+    countIdpPwdChances();
+    try {
+        Statement update(m_database, "UPDATE tb_TypeByte SET value=? WHERE rowNo=?");
+        update.bind(1, std::int64_t{m_rows.bytes.row(usedIdpPwdChances)});
+        update.bind(2, static_cast<std::int64_t>(usedIdpPwdChances));
+        if (update.run() != 1) {
+            refuseRow("tb_TypeByte", usedIdpPwdChances);
+        }
+    } catch (...) {
+        m_idpPwdChances1 = before;
+        countIdpPwdChances();
+        throw;
+    }
 }
 
 void Settings::SetHashIdpPwd(const QString& password) {

@@ -57,6 +57,9 @@ class Settings {
     /// 1 sets the bit, anything else clears it. An index outside 0 to 30 changes nothing.
     void SetAuthority(int value, int index);
 
+    /// Sets p_idpPwdChances1 and writes it at once. Throws, and changes nothing, when that fails.
+    void KeepIdpPwdChances(int left);
+
     /// Keeps the digest of a new independent password; the empty one switches it off.
     void SetHashIdpPwd(const QString& password);
 
@@ -250,7 +253,8 @@ class Settings {
     [[nodiscard]] bool p_remindFil() const { return reminds(2); }
     void p_remindFil(bool value) { setReminds(2, value); }
 
-    // Attempts left in this session; in memory
+    // Attempts left. Those of the login key are counted in this session alone; those of the
+    // independent password carry over to the next.
     [[nodiscard]] std::int16_t p_lgnKeyChances1() const { return m_lgnKeyChances1; }
     void p_lgnKeyChances1(std::int16_t value) { m_lgnKeyChances1 = value; }
     [[nodiscard]] std::int16_t p_idpPwdChances1() const { return m_idpPwdChances1; }
@@ -269,6 +273,8 @@ class Settings {
 
     [[nodiscard]] bool reminds(unsigned bit) const;
     void setReminds(unsigned bit, bool value);
+    /// The row of the chances that are used follows p_idpPwdChances1.
+    void countIdpPwdChances();
 
     Database& m_database;
     Prompt& m_prompt;

@@ -4,6 +4,7 @@
 #include "app/system.h"
 
 #include "app/private_folder.h"
+#include "crypto/secure_wipe.h"
 #include "store/failure.h"
 #include "store/sealed_database.h"
 
@@ -18,7 +19,12 @@ System::System(Database& database, Prompt& prompt, const Clock& clock)
     };
 }
 
+System::~System() {
+    secureWipe(m_plainIdpPwd);
+}
+
 void System::setUser(std::shared_ptr<User> user) {
+    p_plainIdpPwd(QString());
     m_user = std::move(user);
 }
 
@@ -40,6 +46,16 @@ QString System::p_plainLgnKey() const {
 
 void System::p_plainLgnKey(const QString& key) {
     m_user->p_plainLgnKey(key);
+}
+
+QString System::p_plainIdpPwd() const {
+    return QString(m_plainIdpPwd.constData(), m_plainIdpPwd.size());
+}
+
+void System::p_plainIdpPwd(const QString& password) {
+    secureWipe(m_plainIdpPwd);
+    // A buffer of its own, which can be wiped: the caller's may be shared with others.
+    m_plainIdpPwd = QString(password.constData(), password.size());
 }
 
 QString System::p_hashLgnKey() const {

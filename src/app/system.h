@@ -21,6 +21,9 @@ class SealedDatabase;
 class System final : public KeyHolder, public PrivateFolderOwner {
   public:
     System(Database& database, Prompt& prompt, const Clock& clock);
+    ~System() override;
+    System(const System&) = delete;
+    System& operator=(const System&) = delete;
 
     /// The database takes its keys from this object, so it is made after it and joined here, before
     /// the first login.
@@ -52,6 +55,11 @@ class System final : public KeyHolder, public PrivateFolderOwner {
         return m_settings.p_idpPwdHashCode();
     }
     [[nodiscard]] QString p_lgnKeyTip() const override { return m_settings.p_lgnKeyTip(); }
+    /// The independent password, from its verification on until it is forgotten, which a lock and
+    /// the end of the session do; empty otherwise. The caller wipes the copy.
+    [[nodiscard]] QString p_plainIdpPwd() const;
+    /// The empty text forgets it.
+    void p_plainIdpPwd(const QString& password);
     /// The settings' hint and that of the user's record.
     void p_lgnKeyTip(const QString& value) { m_settings.p_lgnKeyTip(value); }
     [[nodiscard]] bool p_fingerprint() const { return m_user && m_user->p_fingerprint(); }
@@ -99,6 +107,7 @@ class System final : public KeyHolder, public PrivateFolderOwner {
     OpenForms m_forms;
     std::shared_ptr<User> m_user;
     SealedDatabase* m_sealed = nullptr;
+    QString m_plainIdpPwd;
     bool m_isLogouted = false;
 };
 

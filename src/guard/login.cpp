@@ -70,7 +70,7 @@ Login::Focus Login::activate() {
     }
     if (m_user->p_autoLogin()) {
         OnLoginClicked();
-    } else if (m_user->p_fingerprint() && m_ports.verifyFingerprint) {
+    } else if (offersFingerprint()) {
         if (LoginThroughFingerprint()) {
             OnLoginClicked();
         }
@@ -287,6 +287,11 @@ bool Login::IsBanned() {
     return false;
 }
 
+bool Login::offersFingerprint() const {
+    return m_user->p_fingerprint() && m_user->p_remLgnKey() && m_ports.hasFingerprintReader &&
+           m_ports.hasFingerprintReader();
+}
+
 bool Login::attemptsAreUsedUp() const {
     return m_user->p_remainedTimes() < 1 && m_user->p_attackTime().isValid() &&
            m_user->p_attackTime().secsTo(m_ports.clock.now()) <= kBanSeconds;
@@ -315,17 +320,17 @@ bool Login::LoginThroughFingerprint() {
     return guarded(
         m_ports.prompt, QStringLiteral("frmLogin.LoginThroughFingerprint"), false,
         [&] {
-            QString key;
-            const WipeGuard wipe(key);
-            QString userName = m_user->p_userName();
-            if (!m_ports.verifyFingerprint(userName, key)) {
+            QString userName = m_state.userNames.value(m_state.currentUser);
+            if (!m_ports.verifyFingerprint(userName)) {
                 return false;
             }
-            if (userName != m_state.userNames.value(m_state.currentUser)) {
+            if (userName != m_user->p_userName()) {
                 m_ports.prompt.messageBox(QStringLiteral("用户名错误！"),
                                           Prompt::Icon::Exclamation);
                 return false;
             }
+            QString key = m_user->p_plainLgnKey();
+            const WipeGuard wipe(key);
             setKeyText(key);
             m_state.keyText = QString(key.size(), QLatin1Char('*'));
             notify();

@@ -60,9 +60,11 @@ class Login {
         std::function<void()> beep;
         /// Opens a folder in the desktop's file manager.
         std::function<void(const QString&)> openFolder;
-        /// The fingerprint dialog; hands back the key of the verified user. Empty where the machine
-        /// has no reader.
-        std::function<bool(const QString& userName, QString& key)> verifyFingerprint;
+        /// Whether a finger can be verified on this machine at all; empty means no.
+        std::function<bool()> hasFingerprintReader;
+        /// The fingerprint dialog for the user of that name, which it may replace by the one it
+        /// verified.
+        std::function<bool(QString& userName)> verifyFingerprint;
         /// Makes `user` the user of the session.
         std::function<void(const std::shared_ptr<User>&)> beginSession;
     };
@@ -118,6 +120,8 @@ class Login {
     void notify();
     void ShowMessage(const QString& text, LoginState::Tone tone);
     [[nodiscard]] bool attemptsAreUsedUp() const;
+    /// A finger stands for the remembered key, so there must be one.
+    [[nodiscard]] bool offersFingerprint() const;
     void takeStartFolder();
     /// Row of the user of that name, who is added for this run when this machine does not know it.
     int userAt(const QString& name, const QString& folder);

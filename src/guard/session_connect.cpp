@@ -40,6 +40,9 @@ constexpr int kLoggedInAfterRecovery = 6;
 /// What has been told already and ends the login without touching anything.
 struct Told {};
 
+/// The independent password was not given: nobody may read on.
+struct Locked {};
+
 /// A row of the table of refusals. A type of its own: no failure of the engine or the ciphers,
 /// whose numbers overlap, may ever be taken for a verdict that destroys.
 struct Refusal {
@@ -62,6 +65,13 @@ bool SessionConnect::ConnectDatabase(bool& resumed) {
     } catch (const Told&) {
         m_ports.display.close();
         abandon(resumed);
+    } catch (const Locked&) {
+        // What the guard and the count of chances have written must not be had back for a cancel.
+        if (resumed) {
+            abandon(resumed);
+        } else {
+            reseal();
+        }
     } catch (const Refusal& refusal) {
         handle(refusal.number, refusal.source, refusal.description, resumed);
     } catch (...) {
@@ -86,6 +96,7 @@ void SessionConnect::open(bool& resumed) {
     }
     readSettings();
     judge();
+    unlockColumns();
     upgradeVersion();
 }
 
@@ -184,6 +195,16 @@ void SessionConnect::judge() {
     const GuardVerdict machine = m_ports.guard.Initialize();
     if (!machine.ok) {
         throw Refusal{machine.errorNumber, QStringLiteral("安全检测"), machine.message};
+    }
+}
+
+void SessionConnect::unlockColumns() {
+    if (!m_ports.system.settings().p_idpPwdSwitch()) {
+        return;
+    }
+    m_ports.display.close();
+    if (!m_ports.unlockColumns()) {
+        throw Locked{};
     }
 }
 

@@ -6,6 +6,8 @@
 #include <QDateTime>
 #include <QString>
 #include <cstdint>
+#include <functional>
+#include <utility>
 
 #include "app/session_flow.h"
 
@@ -43,9 +45,12 @@ class SessionConnect final : public SessionRoad {
         OSInfo& machine;
         ConnectingDisplay& display;
         Destruction& destruction;
+        /// Asks for the independent password that enciphers columns; the session keeps it. False:
+        /// nothing of the database may be read.
+        std::function<bool()> unlockColumns;
     };
 
-    explicit SessionConnect(const Ports& ports) : m_ports(ports) {}
+    explicit SessionConnect(Ports ports) : m_ports(std::move(ports)) {}
 
     /// REQUIRES: the session's user is set and holds the key. `resumed` becomes true when the
     /// working copy of a session that ended abnormally was taken up.
@@ -65,6 +70,7 @@ class SessionConnect final : public SessionRoad {
     bool tryScheme(bool scheme);
     void readSettings();
     void judge();
+    void unlockColumns();
     void upgradeVersion();
     void handle(std::int32_t number, const QString& source, const QString& description,
                 bool resumed);

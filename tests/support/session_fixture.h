@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <QFileInfo>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -124,17 +125,16 @@ struct SessionProgram {
     StoreUpgrades upgrades{entries, programs, system.settings()};
     SWProtect guard{{connection, clock, random, prompt, osInfo, upgrades}, version};
     SessionConnect road{{prompt, clock, system, connection, sealed, guard, logs, users, osInfo,
-                         display, destruction}};
+                         display, destruction, [this] { return unlocksColumns(); }}};
+    /// What the person does when the independent password is asked for.
+    std::function<bool()> unlocksColumns = [] { return false; };
     int beeps = 0;
-    Login login{{prompt,
-                 clock,
-                 users,
-                 files,
-                 regedit,
-                 [] { return false; },
-                 [this] { ++beeps; },
-                 [](const QString&) {},
-                 {},
+    bool hasReader = false;
+    bool knowsFinger = false;
+    int fingersAsked = 0;
+    Login login{{prompt, clock, users, files, regedit, [] { return false; }, [this] { ++beeps; },
+                 [](const QString&) {}, [this] { return hasReader; },
+                 [this](QString&) { return ++fingersAsked, knowsFinger; },
                  [this](const std::shared_ptr<User>& user) { system.setUser(user); }}};
     Wizard wizard{{prompt, clock, random, system, sealed, guard, fils, users, regedit}};
     /// What the main window was asked to do at its end.

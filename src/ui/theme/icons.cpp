@@ -22,12 +22,12 @@ namespace keeper {
 namespace {
 
 constexpr std::array glyphNames = {
-    "add",      "application", "arrow-left", "arrow-right", "bookmark",    "caps-lock", "check",
-    "close",    "copy",        "delete",     "dice",        "edit",        "error",     "exit",
-    "eye",      "eye-off",     "file",       "folder",      "folder-open", "hourglass", "info",
-    "key",      "keyboard",    "language",   "link",        "lock",        "log",       "paste",
-    "question", "refresh",     "save",       "search",      "settings",    "shield",    "undo",
-    "unlock",   "user",        "warning",    "website",
+    "add",   "application", "arrow-left", "arrow-right", "bookmark", "caps-lock",   "check",
+    "close", "copy",        "delete",     "dice",        "edit",     "error",       "exit",
+    "eye",   "eye-off",     "file",       "fingerprint", "folder",   "folder-open", "hourglass",
+    "info",  "key",         "keyboard",   "language",    "link",     "lock",        "log",
+    "paste", "question",    "refresh",    "save",        "search",   "settings",    "shield",
+    "undo",  "unlock",      "user",       "warning",     "website",
 };
 static_assert(glyphNames.size() == static_cast<std::size_t>(Glyph::Website) + 1);
 

@@ -28,6 +28,7 @@ enum class Glyph {
     Eye,
     EyeOff,
     File,
+    Fingerprint,
     Folder,
     FolderOpen,
     Hourglass,

@@ -1,0 +1,169 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "ui/dlg_authentication.h"
+
+#include <QEvent>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "guard/authentication.h"
+#include "ui/theme/colors.h"
+#include "ui/theme/icons.h"
+#include "ui/widgets/key_box.h"
+#include "ui/widgets/named.h"
+
+namespace keeper {
+namespace {
+
+constexpr int kLongestIndependentPassword = 32;
+
+}  // namespace
+
+dlgAuthentication::dlgAuthentication(Authentication& logic, const KeyboardState& keyboard,
+                                     QWidget* parent)
+    : QDialog(parent), m_logic(logic), m_keyboard(keyboard) {
+    setObjectName(QStringLiteral("dlgAuthentication"));
+    setWindowIcon(programIcon());
+    build();
+    connect(cmdOK, &QPushButton::clicked, this, [this] { m_logic.cmdOK(txtSecret->text()); });
+    connect(cmdCancel, &QPushButton::clicked, this, [this] { m_logic.cmdCancel(); });
+    m_logic.changed = [this] { updateState(); };
+    m_logic.entryRefused = [this] {
+        txtSecret->wipe();
+        txtSecret->edit()->setFocus();
+    };
+    updateState();
+}
+
+dlgAuthentication::~dlgAuthentication() {
+    m_logic.changed = nullptr;
+    m_logic.entryRefused = nullptr;
+}
+
+void dlgAuthentication::run() {
+    if (!m_logic.isClosed()) {
+        exec();
+    }
+    m_logic.cmdCancel();
+}
+
+void dlgAuthentication::build() {
+    const int unit = fontMetrics().height();
+    imgFingerprint = named(new QLabel(this), "imgFingerprint");
+    imgFingerprint->setAccessibleName(QStringLiteral("指纹"));
+    auto* upper = new QHBoxLayout;
+    upper->setSpacing(unit);
+    upper->addWidget(imgFingerprint, 0, Qt::AlignTop);
+    upper->addWidget(buildFields(), 1);
+
+    cmdOK = named(new QPushButton(QStringLiteral("确定(&O)"), this), "cmdOK");
+    cmdOK->setDefault(true);
+    cmdCancel = named(new QPushButton(QStringLiteral("取消(&C)"), this), "cmdCancel");
+    cmdCancel->setAutoDefault(false);
+    auto* commands = new QHBoxLayout;
+    commands->addStretch();
+    commands->addWidget(cmdOK);
+    commands->addWidget(cmdCancel);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(unit, unit, unit, unit);
+    layout->setSpacing(unit);
+    layout->addLayout(upper);
+    layout->addLayout(commands);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+QWidget* dlgAuthentication::buildFields() {
+    auto* fields = new QWidget(this);
+    auto* rows = new QFormLayout(fields);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    txtUserName = named(new QLineEdit(fields), "txtUserName");
+    txtUserName->setAccessibleName(QStringLiteral("用户名"));
+    txtUserName->setReadOnly(true);
+    txtUserName->setFocusPolicy(Qt::ClickFocus);
+    txtUserName->setMinimumWidth(fontMetrics().averageCharWidth() * 36);
+    rows->addRow(QStringLiteral("用户名："), txtUserName);
+
+    txtSecret = new KeyBox(m_keyboard, m_logic.state().title, fields);
+    txtSecret->setMaxLength(kLongestIndependentPassword);
+    named(txtSecret->edit(), "txtSecret");
+    lblSecret = named(new QLabel(fields), "lblSecret");
+    lblSecret->setBuddy(txtSecret->edit());
+    // The box has a line of warnings below its edit: the label belongs to the edit.
+    lblSecret->setContentsMargins(0, fontMetrics().height() / 2, 0, 0);
+    lblSecret->setAlignment(Qt::AlignRight | Qt::AlignTop);
+    rows->addRow(lblSecret, txtSecret);
+
+    lblFingerprint = named(new QLabel(fields), "lblFingerprint");
+    lblFingerprint->setMinimumWidth(
+        fontMetrics().horizontalAdvance(QStringLiteral("没有读清指纹，请把手指放正后再试一次")));
+    rows->addRow(lblFingerprint);
+    return fields;
+}
+
+void dlgAuthentication::updateState() {
+    const Authentication::State& state = m_logic.state();
+    if (m_logic.isClosed()) {
+        txtSecret->wipe();
+        accept();
+        return;
+    }
+    setWindowTitle(state.title);
+    txtUserName->setText(state.userName);
+    lblSecret->setText(state.label);
+    txtSecret->setHint(state.hint);
+    lblSecret->setVisible(!state.isFingerMode);
+    txtSecret->setVisible(!state.isFingerMode);
+    cmdOK->setVisible(!state.isFingerMode);
+    lblFingerprint->setVisible(state.isFingerMode);
+    imgFingerprint->setVisible(state.isFingerShown);
+    if (state.isFingerMode) {
+        cmdCancel->setFocus();
+    } else {
+        txtSecret->edit()->setFocus();
+    }
+    showFinger();
+}
+
+void dlgAuthentication::showFinger() {
+    const Authentication::State& state = m_logic.state();
+    const int side = fontMetrics().height() * 3;
+    imgFingerprint->setPixmap(
+        glyphIcon(Glyph::Fingerprint, state.isFingerRefused ? IconTint::Danger : IconTint::Accent)
+            .pixmap(QSize(side, side), devicePixelRatioF()));
+    QPalette colors = palette();
+    if (state.isFingerRefused) {
+        colors.setColor(QPalette::WindowText,
+                        themeColor(ThemeColor::Danger, isDarkPalette(colors)));
+    }
+    lblFingerprint->setPalette(colors);
+    lblFingerprint->setText(state.fingerText);
+}
+
+void dlgAuthentication::changeEvent(QEvent* event) {
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && lblFingerprint != nullptr) {
+        showFinger();
+    }
+}
+
+void dlgAuthentication::closeForm() {
+    m_logic.cmdCancel();
+}
+
+void dlgAuthentication::activateForm() {
+    raise();
+    activateWindow();
+}
+
+void dlgAuthentication::reject() {
+    m_logic.cmdCancel();
+}
+
+}  // namespace keeper
