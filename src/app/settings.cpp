@@ -127,15 +127,12 @@ bool Settings::ReadDB(QString& message) {
             message = currentFailure().description;
             throw;
         }
-        m_idpPwdChances1 = static_cast<std::int16_t>(
-            std::max(0, p_idpPwdChances0() - m_rows.bytes.row(usedIdpPwdChances)));
         m_lgnKeyChances1 = p_lgnKeyChances0();
     });
 }
 
 bool Settings::WriteDB(bool isNew) {
     return guardedRun(m_prompt, QStringLiteral("cSystem.WriteDB"), [&] {
-        countIdpPwdChances();
         Transaction transaction(m_database);
         forEachTable(m_rows, [&](const char* table, const auto& rows) {
             writeTable(m_database, table, rows, isNew);
@@ -206,15 +203,26 @@ void Settings::SetAuthority(int value, int index) {
     p_Authorities(static_cast<std::int32_t>(value == 1 ? bits | bit : bits & (0x7FFFFFFFU - bit)));
 }
 
-void Settings::countIdpPwdChances() {
+void Settings::p_idpPwdChances0(std::uint8_t value) {
+    if (value != p_idpPwdChances0()) {
+        m_rows.bytes.row(usedIdpPwdChances) = 0;
+    }
+    m_rows.bytes.row(3) = value;
+}
+
+std::int16_t Settings::p_idpPwdChances1() const {
+    return static_cast<std::int16_t>(
+        std::max(0, p_idpPwdChances0() - m_rows.bytes.row(usedIdpPwdChances)));
+}
+
+void Settings::p_idpPwdChances1(std::int16_t value) {
     m_rows.bytes.row(usedIdpPwdChances) =
-        static_cast<std::uint8_t>(std::clamp(p_idpPwdChances0() - m_idpPwdChances1, 0, 255));
+        static_cast<std::uint8_t>(std::clamp(p_idpPwdChances0() - value, 0, 255));
 }
 
 void Settings::KeepIdpPwdChances(int left) {
-    const std::int16_t before = m_idpPwdChances1;
-    m_idpPwdChances1 = static_cast<std::int16_t>(left);
-    countIdpPwdChances();
+    const std::int16_t before = p_idpPwdChances1();
+    p_idpPwdChances1(static_cast<std::int16_t>(left));
     try {
         Statement update(m_database, "UPDATE tb_TypeByte SET value=? WHERE rowNo=?");
         update.bind(1, std::int64_t{m_rows.bytes.row(usedIdpPwdChances)});
@@ -223,8 +231,7 @@ void Settings::KeepIdpPwdChances(int left) {
             refuseRow("tb_TypeByte", usedIdpPwdChances);
         }
     } catch (...) {
-        m_idpPwdChances1 = before;
-        countIdpPwdChances();
+        p_idpPwdChances1(before);
         throw;
     }
 }

@@ -132,9 +132,9 @@ class Settings {
     /// Main window size: 0 is the compact form.
     [[nodiscard]] std::uint8_t p_mainSizeType() const { return m_rows.bytes.row(2); }
     void p_mainSizeType(std::uint8_t value) { m_rows.bytes.row(2) = value; }
-    /// Attempts allowed for the independent password.
+    /// Attempts allowed for the independent password. Another number restores all of them.
     [[nodiscard]] std::uint8_t p_idpPwdChances0() const { return m_rows.bytes.row(3); }
-    void p_idpPwdChances0(std::uint8_t value) { m_rows.bytes.row(3) = value; }
+    void p_idpPwdChances0(std::uint8_t value);
     /// Attempts allowed for the login key.
     [[nodiscard]] std::uint8_t p_lgnKeyChances0() const { return m_rows.bytes.row(4); }
     void p_lgnKeyChances0(std::uint8_t value) { m_rows.bytes.row(4) = value; }
@@ -257,8 +257,8 @@ class Settings {
     // independent password carry over to the next.
     [[nodiscard]] std::int16_t p_lgnKeyChances1() const { return m_lgnKeyChances1; }
     void p_lgnKeyChances1(std::int16_t value) { m_lgnKeyChances1 = value; }
-    [[nodiscard]] std::int16_t p_idpPwdChances1() const { return m_idpPwdChances1; }
-    void p_idpPwdChances1(std::int16_t value) { m_idpPwdChances1 = value; }
+    [[nodiscard]] std::int16_t p_idpPwdChances1() const;
+    void p_idpPwdChances1(std::int16_t value);
 
   private:
     bool m_isUnreadable = false;
@@ -273,15 +273,12 @@ class Settings {
 
     [[nodiscard]] bool reminds(unsigned bit) const;
     void setReminds(unsigned bit, bool value);
-    /// The row of the chances that are used follows p_idpPwdChances1.
-    void countIdpPwdChances();
 
     Database& m_database;
     Prompt& m_prompt;
     const Clock& m_clock;
     Tables m_rows;
     std::int16_t m_lgnKeyChances1 = 0;
-    std::int16_t m_idpPwdChances1 = 0;
 };
 
 }  // namespace keeper
