@@ -58,6 +58,10 @@ void System::p_plainIdpPwd(const QString& password) {
     m_plainIdpPwd = QString(password.constData(), password.size());
 }
 
+bool System::takeLgnKey(const QString& key, const QString& formerCopy, const QString& copy) {
+    return m_user->takeLgnKey(key, formerCopy, copy);
+}
+
 QString System::p_hashLgnKey() const {
     return m_user ? m_user->p_hashLgnKey() : QString();
 }

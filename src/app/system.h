@@ -50,6 +50,8 @@ class System final : public KeyHolder, public PrivateFolderOwner {
     [[nodiscard]] QString p_kvdbFile() const override;
     [[nodiscard]] QString p_plainLgnKey() const override;
     void p_plainLgnKey(const QString& key) override;
+    [[nodiscard]] bool takeLgnKey(const QString& key, const QString& formerCopy,
+                                  const QString& copy) override;
     [[nodiscard]] QString p_hashLgnKey() const override;
     [[nodiscard]] QString p_idpPwdHashCode() const override {
         return m_settings.p_idpPwdHashCode();

@@ -3,8 +3,10 @@
 
 #include "app/user.h"
 
+#include <QFileInfo>
 #include <algorithm>
 #include <span>
+#include <utility>
 
 #include "app/private_folder.h"
 #include "app/users.h"
@@ -24,6 +26,9 @@ constexpr std::uint32_t recordPairs = 49;
 constexpr std::int16_t keyPairs = 50;
 /// The one pair of all hashes of login keys.
 constexpr std::int16_t hashPair = 17;
+
+/// Beside the four values that make a record.
+const QString kFormerHash = QStringLiteral("4");
 
 bool sameAnsi(const QString& one, const QString& other) {
     auto a = ansiBytes(one);
@@ -113,8 +118,7 @@ std::int16_t keyPairFor(const QString& partA) {
 }  // namespace
 
 User::~User() {
-    for (QString* part :
-         {&m_record.keyPartA, &m_record.keyPartB, &m_sessionPartA, &m_sessionPartB}) {
+    for (QString* part : {&m_record.keyPartA, &m_record.keyPartB, &m_key.partA, &m_key.partB}) {
         secureWipe(*part);
     }
 }
@@ -125,6 +129,7 @@ bool User::ReadRegistry(const QString& name) {
         return false;
     }
     const QString hash = regedit.getString(QStringLiteral("0"));
+    const QString formerHash = regedit.getString(kFormerHash);
     bool isNumber = false;
     const auto pair =
         static_cast<std::int16_t>(regedit.getString(QStringLiteral("1")).toShort(&isNumber));
@@ -133,7 +138,8 @@ bool User::ReadRegistry(const QString& name) {
     regedit.closeKey();
 
     Envelope envelope(m_services.random);
-    m_hashLgnKey = envelope.decode(hash, hashPair);
+    m_key.hash = envelope.decode(hash, hashPair);
+    m_key.formerHash = formerHash.isEmpty() ? QString() : envelope.decode(formerHash, hashPair);
     if (!isNumber || pair < 0 || pair >= static_cast<std::int16_t>(recordPairs)) {
         return false;
     }
@@ -145,8 +151,8 @@ bool User::ReadRegistry(const QString& name) {
     }
     m_record = std::move(*record);
     p_privateFolder(QString(m_record.privateFolder));
-    m_sessionPartA = m_record.keyPartA;
-    m_sessionPartB = m_record.keyPartB;
+    m_key.partA = m_record.keyPartA;
+    m_key.partB = m_record.keyPartB;
     try {
         m_startupWithOS = m_services.autostart.contains(Users::GetHashUserTitle(p_userName()));
     } catch (const std::exception&) {
@@ -165,23 +171,26 @@ bool User::WriteRegistry() {
         const auto pair = static_cast<std::int16_t>(m_services.random.below(recordPairs));
         Envelope envelope(m_services.random);
         const auto sealed = envelope.seal(text, [pair](const QString&) { return pair; });
-        return writeValues(envelope.encode(m_hashLgnKey, hashPair), QString::number(pair),
-                           sealed.password, sealed.text);
+        return writeValues(
+            {envelope.encode(m_key.hash, hashPair), QString::number(pair), sealed.password,
+             sealed.text,
+             m_key.formerHash.isEmpty() ? QString() : envelope.encode(m_key.formerHash, hashPair)});
     } catch (const std::exception&) {  // no random numbers: nothing was written
         return false;
     }
 }
 
-bool User::writeValues(const QString& hash, const QString& pair, const QString& password,
-                       const QString& text) {
-    // The four only make sense together: a password of one write does not open the text of another.
+bool User::writeValues(const Values& values) {
+    // They only make sense together: a password of one write does not open the text of another.
     Regedit& regedit = m_services.regedit;
     const bool written = regedit.atomically([&] {
         return regedit.createKey(kMachineRoot, recordKey(p_userName())) &&
-               regedit.setString(QStringLiteral("0"), hash) &&
-               regedit.setString(QStringLiteral("1"), pair) &&
-               regedit.setString(QStringLiteral("2"), password) &&
-               regedit.setString(QStringLiteral("3"), text);
+               regedit.setString(QStringLiteral("0"), values.hash) &&
+               regedit.setString(QStringLiteral("1"), values.pair) &&
+               regedit.setString(QStringLiteral("2"), values.password) &&
+               regedit.setString(QStringLiteral("3"), values.text) &&
+               (values.formerHash.isEmpty() ? regedit.deleteValue(kFormerHash)
+                                            : regedit.setString(kFormerHash, values.formerHash));
     });
     regedit.closeKey();
     return written;
@@ -196,8 +205,8 @@ bool User::p_remLgnKey() const {
 }
 
 void User::p_remLgnKey(bool value) {
-    m_record.keyPartA = value ? m_sessionPartA : QString();
-    m_record.keyPartB = value ? m_sessionPartB : QString();
+    m_record.keyPartA = value ? m_key.partA : QString();
+    m_record.keyPartB = value ? m_key.partB : QString();
 }
 
 void User::p_privateFolder(const QString& value) {
@@ -216,25 +225,72 @@ QString User::p_kvdbFile() const {
 }
 
 QString User::p_plainLgnKey() const {
-    if (m_sessionPartA.isEmpty() || m_sessionPartB.isEmpty()) {
+    if (m_key.partA.isEmpty() || m_key.partB.isEmpty()) {
         return {};
     }
-    return Envelope(m_services.random)
-        .open({m_sessionPartA, m_sessionPartB}, keyPairFor(m_sessionPartA));
+    return Envelope(m_services.random).open({m_key.partA, m_key.partB}, keyPairFor(m_key.partA));
 }
 
 void User::p_plainLgnKey(const QString& value) {
     const bool remembers = p_remLgnKey();
     auto sealed = Envelope(m_services.random).seal(value, keyPairFor);
-    m_sessionPartA = sealed.text;
-    m_sessionPartB = sealed.password;
-    m_hashLgnKey = Cryptor2::hashString(value);
+    m_key.partA = sealed.text;
+    m_key.partB = sealed.password;
+    QString hash = Cryptor2::hashString(value);
+    if (hash == m_key.formerHash) {
+        // The other key stays good until the sealed file has shown which of them is its own.
+        m_key.formerHash = m_key.hash;
+    }
+    m_key.hash = std::move(hash);
     // A remembered key that no longer opens anything would count as an attack at the next login.
     p_remLgnKey(remembers);
 }
 
+bool User::takeLgnKey(const QString& key, const QString& formerCopy, const QString& copy) {
+    UserRecord otherRecord = m_record;
+    Key otherKey = m_key;
+    const WipeGuard wipeParts(otherRecord.keyPartA);
+    const WipeGuard wipePasswords(otherRecord.keyPartB);
+    const WipeGuard wipePartA(otherKey.partA);
+    const WipeGuard wipePartB(otherKey.partB);
+    // The first key since the last sealing is that of the sealed file.
+    const QString sealedHash = m_key.formerHash.isEmpty() ? m_key.hash : m_key.formerHash;
+    p_plainLgnKey(key);
+    m_key.formerHash = sealedHash == m_key.hash ? QString() : sealedHash;
+    m_record.activeFile = copy;
+    if (otherRecord.activeFile != formerCopy || WriteRegistry()) {
+        return true;
+    }
+    // A failure may come behind the replacement of the file; then the old record goes back.
+    const auto swapStates = [&] {
+        std::swap(m_record, otherRecord);
+        std::swap(m_key, otherKey);
+    };
+    swapStates();
+    if (WriteRegistry() || !isRecorded(copy)) {
+        throw KeeperError(75, QStringLiteral("User"),
+                          QStringLiteral("用户记录无法写入，登录密钥没有修改。"));
+    }
+    swapStates();
+    return false;
+}
+
+bool User::isRecorded(const QString& copy) const {
+    User onDisk(m_services);
+    return onDisk.ReadRegistry(p_userName()) && onDisk.p_activeFile() == copy;
+}
+
 bool User::CheckLgnKey(const QString& key) const {
-    return Cryptor2::hashString(key) == m_hashLgnKey;
+    const QString hash = Cryptor2::hashString(key);
+    return hash == m_key.hash || (hash == m_key.formerHash &&
+                                  (m_isCopyGivenUp || !QFileInfo::exists(m_record.activeFile)));
+}
+
+void User::p_activeFile(const QString& value) {
+    if (value != m_record.activeFile) {
+        m_record.activeFile = value;
+        m_key.formerHash.clear();
+    }
 }
 
 void User::p_startupWithOS(bool value) {
@@ -256,9 +312,10 @@ void User::Clear() {
     m_record.privateFolder.clear();
     p_remLgnKey(false);
     m_record.autoLogin = false;
-    m_hashLgnKey.clear();
-    m_sessionPartA.clear();
-    m_sessionPartB.clear();
+    m_key.hash.clear();
+    m_key.formerHash.clear();
+    m_key.partA.clear();
+    m_key.partB.clear();
 }
 
 }  // namespace keeper

@@ -64,8 +64,8 @@ class User {
     [[nodiscard]] const QString& p_lgnKeyTip() const { return m_record.lgnKeyTip; }
     void p_lgnKeyTip(const QString& value) { m_record.lgnKeyTip = value; }
     /// SHA-1 of the login key; empty for a database that this machine has not seen.
-    [[nodiscard]] const QString& p_hashLgnKey() const { return m_hashLgnKey; }
-    void p_hashLgnKey(const QString& value) { m_hashLgnKey = value; }
+    [[nodiscard]] const QString& p_hashLgnKey() const { return m_key.hash; }
+    void p_hashLgnKey(const QString& value) { m_key.hash = value; }
     /// Full path without a slash at the end.
     [[nodiscard]] const QString& p_privateFolder() const { return m_record.privateFolder; }
     void p_privateFolder(const QString& value);
@@ -78,13 +78,24 @@ class User {
     /// p_hashLgnKey(), and the remembered key when there is one.
     [[nodiscard]] QString p_plainLgnKey() const;
     void p_plainLgnKey(const QString& value);
+    /// The key was changed, and the database goes on in the working copy `copy`. When the record on
+    /// disk names `formerCopy`, it changes key and path in one step. Throws with nothing changed
+    /// when it could not be written; false when it was, but perhaps not for good.
+    [[nodiscard]] bool takeLgnKey(const QString& key, const QString& formerCopy,
+                                  const QString& copy);
+    /// Whether the sealed file may still be under the key from before a change: a session ended
+    /// abnormally between that change and its sealing.
+    [[nodiscard]] bool p_isKeyChangePending() const { return !m_key.formerHash.isEmpty(); }
+    /// While a change is pending and its working copy is gone or given up, both keys are good.
+    void acceptFormerKey() { m_isCopyGivenUp = true; }
     [[nodiscard]] bool CheckLgnKey(const QString& key) const;
     /// Login time, or exit time after a clean exit.
     [[nodiscard]] const QDateTime& p_activeTime() const { return m_record.activeTime; }
     void p_activeTime(const QDateTime& value) { m_record.activeTime = value; }
     /// Working copy of the running session; empty after a clean exit.
     [[nodiscard]] const QString& p_activeFile() const { return m_record.activeFile; }
-    void p_activeFile(const QString& value) { m_record.activeFile = value; }
+    /// Another path ends a pending change of the key.
+    void p_activeFile(const QString& value);
     /// Whether the desktop session starts the program with this user's database. Set at once; a
     /// failure is shown.
     [[nodiscard]] bool p_startupWithOS() const { return m_startupWithOS; }
@@ -96,14 +107,30 @@ class User {
     void p_themeBackground(bool value) { m_record.themeBackground = value; }
 
   private:
-    bool writeValues(const QString& hash, const QString& pair, const QString& password,
-                     const QString& text);
+    /// The record as the registry holds it.
+    struct Values {
+        QString hash;
+        QString pair;
+        QString password;
+        QString text;
+        QString formerHash;
+    };
+    /// What belongs to the login key beside the record.
+    struct Key {
+        QString hash;
+        QString formerHash;  ///< of the sealed file's key while that is another; else empty
+        QString partA;       ///< the key of the session, in the form of the record
+        QString partB;
+    };
+
+    bool writeValues(const Values& values);
+    /// Whether the record on disk names this working copy.
+    [[nodiscard]] bool isRecorded(const QString& copy) const;
 
     UserServices m_services;
     UserRecord m_record;  ///< its key parts are the remembered key
-    QString m_hashLgnKey;
-    QString m_sessionPartA;  ///< the key of the session, in the same form
-    QString m_sessionPartB;
+    Key m_key;
+    bool m_isCopyGivenUp = false;
     bool m_startupWithOS = false;
 };
 

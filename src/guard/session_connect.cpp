@@ -146,6 +146,14 @@ void SessionConnect::unsealAndConnect() {
             return;
         }
     }
+    if (m_ports.system.user().p_isKeyChangePending()) {
+        // The file may rightly be under the key from before the change, or already under the new.
+        m_ports.system.user().acceptFormerKey();
+        report(
+            QStringLiteral("上次会话修改了登录密钥，但异常退出。密码数据库不能用这个登录密钥打开，"
+                           "请改用修改前或修改后的另一个登录密钥登录。没有改动任何文件。"));
+        throw Told{};
+    }
     throw Refusal{
         kWrongKey, QStringLiteral("解密失败"),
         QStringLiteral(

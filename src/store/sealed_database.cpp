@@ -39,6 +39,13 @@ QString journalOf(const QString& path) {
     return path + QStringLiteral("-journal");
 }
 
+/// The part of a working copy's name that the copies of one session share; every change of the key
+/// makes a new one.
+QString familyOf(const QString& path) {
+    const QString name = QFileInfo(path).fileName().chopped(kWorkingSuffix.size());
+    return name.section(u'-', 0, 0);
+}
+
 /// Removes the file; false when it is still there.
 bool isGone(const QString& path) {
     return QFile::remove(path) || !QFileInfo::exists(path);
@@ -140,8 +147,9 @@ QString SealedDatabase::TransformDBPwd(const QString& text) {
     return KeyChain::TransformDBPwd(text);
 }
 
-bool SealedDatabase::setAccessDBSec(bool scheme, const QString& newKey, bool initial,
-                                    const std::function<void()>& isTaken) {
+bool SealedDatabase::setAccessDBSec(
+    bool scheme, const QString& newKey, bool initial,
+    const std::function<void(const QString&, const QString&)>& change) {
     return guardedRun(m_prompt, QStringLiteral("cSystem.SetAccessDBSec"), [&] {
         QString current = initial ? QString() : m_keys.p_plainLgnKey();
         const WipeGuard wipeCurrent(current);
@@ -149,23 +157,85 @@ bool SealedDatabase::setAccessDBSec(bool scheme, const QString& newKey, bool ini
         const WipeGuard wipeOld(oldPassword);
         QString newPassword = TransformDBPwd(KeyChain::HashToDBPwd(false, newKey));
         const WipeGuard wipeNew(newPassword);
-        m_database.rekey(oldPassword, newPassword);
-        try {
-            isTaken();
-        } catch (...) {
-            // A session under a key that its database does not have would lock its user out.
-            m_database.rekey(newPassword, oldPassword);
-            throw;
-        }
+        change(oldPassword, newPassword);
     });
 }
 
 bool SealedDatabase::InitLgnKey(const QString& key) {
-    return setAccessDBSec(false, key, true, [] {});
+    return setAccessDBSec(false, key, true,
+                          [this](const QString& oldPassword, const QString& newPassword) {
+                              m_database.rekey(oldPassword, newPassword);
+                          });
 }
 
 bool SealedDatabase::SetLgnKey(bool scheme, const QString& key) {
-    return setAccessDBSec(scheme, key, false, [&] { m_keys.p_plainLgnKey(key); });
+    return setAccessDBSec(scheme, key, false,
+                          [&](const QString& oldPassword, const QString& newPassword) {
+                              if (m_freshMark.isValid()) {
+                                  rekeyInPlace(oldPassword, newPassword, key);
+                              } else {
+                                  moveToNewKey(oldPassword, newPassword, key);
+                              }
+                          });
+}
+
+/// For a working copy that no record names yet: a crash leaves nothing that anybody looks for.
+void SealedDatabase::rekeyInPlace(const QString& oldPassword, const QString& newPassword,
+                                  const QString& key) {
+    m_database.rekey(oldPassword, newPassword);
+    try {
+        m_keys.p_plainLgnKey(key);
+    } catch (...) {
+        // A session under a key that its database does not have would lock its user out.
+        m_database.rekey(newPassword, oldPassword);
+        throw;
+    }
+}
+
+void SealedDatabase::moveToNewKey(const QString& oldPassword, const QString& newPassword,
+                                  const QString& key) {
+    const QString former = m_tmpFile;
+    const bool wasOpen = m_database.isOpen();
+    QString copy;
+    bool isDurable = false;
+    try {
+        copy = makeFreshFile(QFileInfo(former).absolutePath(), familyOf(former) + u'-',
+                             kWorkingSuffix, m_random);
+        QFile::remove(copy);
+        m_database.exportTo(copy, newPassword);
+        flushFolderOf(copy);
+        m_database.close();
+        m_database.open(copy, newPassword);
+        isDurable = m_keys.takeLgnKey(key, former, copy);
+    } catch (...) {
+        if (m_database.isOpen() && m_database.path() != former) {
+            m_database.close();
+        }
+        QFile::remove(copy);
+        if (wasOpen && !m_database.isOpen()) {
+            m_database.open(former, oldPassword);
+        }
+        throw;
+    }
+    m_tmpFile = copy;
+    if (isDurable) {
+        QFile::remove(former);
+    }
+}
+
+/// A key change that was cut short leaves two working copies of one session; the user's record told
+/// which of them counts, and that one is open now.
+void SealedDatabase::removeRelatives() {
+    const QFileInfo mine(m_tmpFile);
+    const QString family = familyOf(m_tmpFile);
+    const QDir folder = mine.dir();
+    for (const QString& name :
+         folder.entryList({family + u'*' + kWorkingSuffix}, QDir::Files | QDir::Hidden)) {
+        if (name != mine.fileName() && familyOf(name) == family &&
+            isGone(journalOf(folder.filePath(name)))) {
+            QFile::remove(folder.filePath(name));
+        }
+    }
 }
 
 bool SealedDatabase::CheckLgnKey(const QString& key) const {
@@ -210,6 +280,7 @@ void SealedDatabase::removeAbandonedCopies() {
 bool SealedDatabase::removeWorkingCopy() {
     m_origin = Origin::None;
     m_wasConnected = false;
+    removeRelatives();
     if (!isGone(m_tmpFile) || !isGone(journalOf(m_tmpFile))) {
         return false;
     }
@@ -393,6 +464,9 @@ bool SealedDatabase::ConnAccess(const QString& password, QString& message) {
         }
     });
     if (done) {
+        if (m_origin == Origin::Resumed && !m_wasConnected) {
+            removeRelatives();
+        }
         m_wasConnected = true;
         m_trouble = Trouble::None;
     }

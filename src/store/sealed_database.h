@@ -53,9 +53,11 @@ class SealedDatabase {
     /// Gives a new database its first password. The key of the session does not change.
     bool InitLgnKey(const QString& key);
     /// Re-keys the open database to the current scheme and makes `key` the session's login key;
-    /// on failure both stay. The sealed file takes the new key when it is sealed next. The user's
-    /// record must be written right after a success, or a crash leaves a working copy whose key
-    /// the record does not know.
+    /// on failure both stay. The sealed file takes the new key when it is sealed next.
+    ///
+    /// Once the session is recorded, the database goes on in a new p_tmpFile, so that the user's
+    /// record can change key and file in one step: at every moment it names a working copy that
+    /// opens under the key that it knows.
     bool SetLgnKey(bool scheme, const QString& key);
     [[nodiscard]] bool CheckLgnKey(const QString& key) const;
     [[nodiscard]] bool CheckIdpPwd(const QString& key) const;
@@ -96,9 +98,12 @@ class SealedDatabase {
   private:
     enum class Origin { None, New, Unsealed, Resumed };
 
-    /// `isTaken` runs behind the re-key; what it throws takes the re-key back.
+    /// Runs `change` with the old and the new password; a failure is shown.
     bool setAccessDBSec(bool scheme, const QString& newKey, bool initial,
-                        const std::function<void()>& isTaken);
+                        const std::function<void(const QString&, const QString&)>& change);
+    void rekeyInPlace(const QString& oldPassword, const QString& newPassword, const QString& key);
+    void moveToNewKey(const QString& oldPassword, const QString& newPassword, const QString& key);
+    void removeRelatives();
     bool unseal(bool scheme, const QString& key);
     bool firstPageOpens(bool scheme, const QString& key);
     bool seal(bool scheme, const QString& key, const QString& target);

@@ -166,7 +166,11 @@ void moveDurably(const QString& from, const QString& to) {
     if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0) {
         fail("rename", to);
     }
-    flush(QFileInfo(to).absolutePath(), O_RDONLY | O_DIRECTORY);
+    flushFolderOf(to);
+}
+
+void flushFolderOf(const QString& path) {
+    flush(QFileInfo(path).absolutePath(), O_RDONLY | O_DIRECTORY);
 }
 
 void sealFile(Cryptor3& cipher, const QString& source, const QString& target, const QString& key,

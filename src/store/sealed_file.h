@@ -38,6 +38,9 @@ void removeLeftovers(const QString& folder, const QString& prefix, const QString
 /// both lie on one file system. Throws std::system_error.
 void moveDurably(const QString& from, const QString& to);
 
+/// Makes the name of a file survive a power cut. Throws std::system_error.
+void flushFolderOf(const QString& path);
+
 /// Enciphers `source` into the place of `target` in one step: beside it, flushed, renamed over it,
 /// folder flushed. The old target stays whole on every failure, which throws (std::system_error or
 /// KeeperError). Leftovers of interrupted runs beside the target are removed. `source` stays.

@@ -32,11 +32,15 @@ inline bool reachesTheDisk(unsigned long long call) {
 }
 
 /// Runs `work` in a child process whose call number `call` (from 1) of those that reach the disk
-/// fails with `error` and does nothing. `work` returns what the operation answered. The result is
-/// -1 when the child made fewer calls, else 1 for an answer of true and 0 for false.
-inline int answerWhenCallFails(int call, int error, const std::function<bool()>& work) {
+/// fails with `error` and does nothing; the calls of `prepare`, which runs first, do not count.
+/// `work` returns what the operation answered. The result is -1 when the child made fewer calls,
+/// else 1 for an answer of true and 0 for false.
+inline int answerWhenCallFails(
+    int call, int error, const std::function<bool()>& work,
+    const std::function<void()>& prepare = [] {}) {
     const pid_t child = ::fork();
     if (child == 0) {
+        prepare();
         ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
         ::raise(SIGSTOP);
         ::_exit(work() ? 1 : 0);

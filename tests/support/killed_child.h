@@ -14,11 +14,13 @@
 namespace keeper {
 
 /// Runs `work` in a child process that is killed at its system call number `call` (from 1), before
-/// that call takes effect. True when the child was killed, false when it had ended by itself: then
-/// all calls have had their turn.
-inline bool killedAtSystemCall(int call, const std::function<void()>& work) {
+/// that call takes effect; the calls of `prepare`, which runs first, do not count. True when the
+/// child was killed, false when it had ended by itself: then all calls have had their turn.
+inline bool killedAtSystemCall(
+    int call, const std::function<void()>& work, const std::function<void()>& prepare = [] {}) {
     const pid_t child = ::fork();
     if (child == 0) {
+        prepare();
         ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
         ::raise(SIGSTOP);
         work();

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
+#include <functional>
 #include <stdexcept>
 #include <vector>
 
@@ -30,6 +31,7 @@ class FakeKeyHolder final : public KeyHolder {
     QString idpHash;
     QString file;
     bool refusesKeys = false;
+    std::function<void(const QString& key, const QString& copy)> onTaken;
 
     [[nodiscard]] QString p_plainLgnKey() const override { return plain; }
     void p_plainLgnKey(const QString& key) override {
@@ -37,6 +39,14 @@ class FakeKeyHolder final : public KeyHolder {
             throw std::runtime_error("refused");
         }
         plain = key;
+    }
+    [[nodiscard]] bool takeLgnKey(const QString& key, const QString& /*formerCopy*/,
+                                  const QString& copy) override {
+        p_plainLgnKey(key);
+        if (onTaken) {
+            onTaken(key, copy);
+        }
+        return true;
     }
     [[nodiscard]] QString p_hashLgnKey() const override { return Cryptor2::hashString(plain); }
     [[nodiscard]] QString p_idpPwdHashCode() const override { return idpHash; }

@@ -1,0 +1,197 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+// A change of the login key that a crash cuts short. A plain run takes a sample of the system
+// calls; scripts/vault_campaign.sh takes every one.
+
+#include <QDirIterator>
+#include <map>
+
+#include "support/campaign_setting.h"
+#include "support/killed_child.h"
+#include "support/session_fixture.h"
+#if defined(__x86_64__)
+#include "support/failing_system_call.h"
+#endif
+
+namespace keeper {
+namespace {
+
+class KeyChangeTest : public SessionTest {
+  protected:
+    /// A session that crashed with one row that the sealed file lacks.
+    void SetUp() override {
+        SessionTest::SetUp();
+        leaveAndRestart();
+        ASSERT_TRUE(program->enter(key));
+        program->system.user().p_remLgnKey(true);
+        ASSERT_TRUE(program->system.WriteUser());
+        program.reset();
+        QDirIterator walk(home.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (walk.hasNext()) {
+            const QString path = walk.next();
+            m_files[path] = contentOf(path);
+        }
+    }
+    void restore() {
+        program.reset();
+        QDirIterator walk(home.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (walk.hasNext()) {
+            QFile::remove(walk.next());
+        }
+        for (const auto& [path, content] : m_files) {
+            putContent(path, content);
+        }
+    }
+    bool changeKey() { return program->sealed.SetLgnKey(false, newKey); }
+    QStringList copies() const {
+        return QDir(program->folders.state + QStringLiteral("/morvane-keeper"))
+            .entryList({QStringLiteral("*.tmp")}, QDir::Files);
+    }
+    /// Whichever key the record knows: it is the only one, and it opens what the record names.
+    void expectOneGoodKey(int call) {
+        restart();
+        const auto user = stored();
+        ASSERT_TRUE(user) << call;
+        const bool isNew = user->CheckLgnKey(newKey);
+        EXPECT_NE(user->CheckLgnKey(key), isNew) << call;
+        EXPECT_EQ(user->p_plainLgnKey(), isNew ? newKey : key) << "remembered, at call " << call;
+        EXPECT_EQ(user->p_isKeyChangePending(), isNew);
+        m_changes += isNew ? 1 : 0;
+        EXPECT_TRUE(program->enter(isNew ? newKey : key)) << call << lastText().toStdString();
+        EXPECT_TRUE(program->resumed) << call;
+        EXPECT_EQ(program->logged(6), 2) << call;
+        EXPECT_EQ(copies().size(), 1) << call;
+        prompt.takeTexts();
+    }
+    void crashBehindTheChange() {
+        restore();
+        restart();
+        ASSERT_TRUE(program->enter(key));
+        ASSERT_TRUE(changeKey());
+        m_copy = program->system.p_tmpFile();
+        prompt.takeTexts();
+    }
+
+    const QString newKey = QStringLiteral("another key 另一个");
+    std::map<QString, QByteArray> m_files;
+    QString m_copy;
+    int m_changes = 0;
+};
+
+TEST_F(KeyChangeTest, KilledAnywhereOneKeyOpensTheAccount) {
+    const int step = campaignSetting("KEEPER_CRASH_STEP", 29);
+    int call = 1;
+    for (bool killed = true; killed && !HasFailure(); call += step) {
+        restore();
+        killed = killedAtSystemCall(
+            call,
+            [&] {
+                if (!changeKey()) {
+                    ::_exit(1);
+                }
+            },
+            [&] {
+                restart();
+                if (!program->enter(key)) {
+                    ::_exit(1);
+                }
+            });
+        expectOneGoodKey(call);
+    }
+    EXPECT_GT(m_changes, 0);
+    EXPECT_GT(call, 3 * step);
+    RecordProperty("calls", call);
+    ASSERT_TRUE(program->leave());
+    EXPECT_FALSE(stored()->p_isKeyChangePending());
+    restart();
+    EXPECT_FALSE(stored()->CheckLgnKey(key));
+    EXPECT_TRUE(program->enter(newKey));
+}
+
+#if defined(__x86_64__)
+
+TEST_F(KeyChangeTest, AFailingDiskLeavesOneGoodKey) {
+    const int step = campaignSetting("KEEPER_CRASH_STEP", 11);
+    for (const int error : {ENOSPC, EIO}) {
+        int refused = 0;
+        for (int call = 1; !HasFailure(); call += step) {
+            restore();
+            const int answer = answerWhenCallFails(
+                call, error, [&] { return changeKey() && program->connection.isOpen(); },
+                [&] {
+                    restart();
+                    EXPECT_TRUE(program->enter(key));
+                });
+            if (answer == -1) {
+                break;
+            }
+            refused += answer == 0 ? 1 : 0;
+            const int changes = m_changes;
+            expectOneGoodKey(call);
+            EXPECT_EQ(m_changes - changes, answer) << "error " << error << " at call " << call;
+        }
+        EXPECT_GT(refused, 0);
+    }
+}
+
+#endif
+
+TEST_F(KeyChangeTest, ALostWorkingCopyNeverCostsTheSealedFile) {
+    for (const bool isGone : {true, false}) {
+        crashBehindTheChange();
+        program.reset();
+        if (isGone) {
+            ASSERT_TRUE(QFile::remove(m_copy));
+        } else {
+            putContent(m_copy, QByteArray(8192, 'g'));
+        }
+        restart();
+        prompt.answers = {Prompt::Answer::Yes};
+        EXPECT_FALSE(program->enter(newKey));
+        EXPECT_TRUE(lastText().contains(QStringLiteral("修改了登录密钥")));
+        ASSERT_TRUE(QFileInfo::exists(sealedFile) && stored());
+        program->system.user().p_remLgnKey(false);
+        prompt.answers = {Prompt::Answer::Yes};
+        ASSERT_TRUE(program->enter(key)) << lastText().toStdString();
+        EXPECT_EQ(program->logged(3), 2);
+        EXPECT_TRUE(program->leave());
+        restart();
+        EXPECT_FALSE(stored()->p_isKeyChangePending());
+        EXPECT_FALSE(stored()->CheckLgnKey(newKey));
+    }
+}
+
+TEST_F(KeyChangeTest, ACrashBetweenSealingAndTheRecordLeavesTheNewKeyGood) {
+    crashBehindTheChange();
+    program->system.user().p_remLgnKey(false);
+    ASSERT_TRUE(program->system.WriteUser());
+    ASSERT_TRUE(program->sealed.CryptKVDB(false, 1, true, {}));
+    restart();
+    EXPECT_FALSE(program->enter(key)) << "the key from before the change";
+    EXPECT_TRUE(lastText().contains(QStringLiteral("修改了登录密钥")));
+    ASSERT_TRUE(program->enter(newKey)) << lastText().toStdString();
+    EXPECT_FALSE(stored()->p_isKeyChangePending());
+}
+
+TEST_F(KeyChangeTest, ARecordThatCannotBeWrittenLeavesTheOldKey) {
+    restore();
+    restart();
+    ASSERT_TRUE(program->enter(key));
+    prompt.takeTexts();
+    const QString copy = program->system.p_tmpFile();
+    const QString registry = program->folders.registry() + QStringLiteral("/registry.new");
+    QDir().mkpath(registry);
+    EXPECT_FALSE(changeKey());
+    EXPECT_TRUE(lastText().contains(QStringLiteral("登录密钥没有修改")));
+    QDir().rmdir(registry);
+    EXPECT_EQ(program->system.p_tmpFile(), copy);
+    EXPECT_EQ(copies().size(), 1);
+    EXPECT_TRUE(program->system.user().CheckLgnKey(key));
+    ASSERT_TRUE(program->leave());
+    restart();
+    EXPECT_TRUE(program->enter(key));
+}
+
+}  // namespace
+}  // namespace keeper
