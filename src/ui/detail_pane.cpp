@@ -12,10 +12,12 @@
 #include <QSignalBlocker>
 #include <QStyle>
 #include <QWheelEvent>
+#include <algorithm>
 
 #include "store/schema.h"
 #include "ui/theme/colors.h"
 #include "ui/theme/icons.h"
+#include "ui/widgets/caption.h"
 #include "ui/widgets/named.h"
 #include "workspace/edit_pane.h"
 #include "workspace/entry_disposal.h"
@@ -23,9 +25,38 @@
 namespace keeper {
 namespace {
 
+/// Says that there is a value of the entry's own, or none; it is no value itself.
+bool isIndication(const QString& text) {
+    return text == kCustomName || text == QStringLiteral("(无密码)") ||
+           text == QStringLiteral("(无号码)");
+}
+
 /// A list that offers nothing while its text may only be read.
 class NameBox final : public QComboBox {
   public:
+    /// What the logic shows, not what a person typed.
+    void present(const QString& text) {
+        m_isIndicating = isIndication(text);
+        setEditText(text);
+        lineEdit()->setCursorPosition(0);
+    }
+    [[nodiscard]] bool isIndicating() const { return m_isIndicating; }
+    /// What a person means by the edited text. The context menu and the mouse paste beside an
+    /// indication, or into it.
+    QString takeEdit(const QString& shown, const QString& text) {
+        if (!m_isIndicating) {
+            return text;
+        }
+        const auto head = std::mismatch(shown.begin(), shown.end(), text.begin(), text.end());
+        const auto kept = head.first - shown.begin();
+        const QString typed = text.endsWith(QStringView(shown).mid(kept))
+                                  ? text.mid(kept, text.size() - shown.size())
+                                  : text;
+        m_isIndicating = false;
+        setEditText(typed);
+        return typed;
+    }
+
     void showPopup() override {
         if (!isReader()) {
             QComboBox::showPopup();
@@ -40,19 +71,44 @@ class NameBox final : public QComboBox {
             event->ignore();
             return;
         }
+        const bool isEdit = (!event->text().isEmpty() && event->text().front().isPrint()) ||
+                            event->key() == Qt::Key_Backspace || event->key() == Qt::Key_Delete ||
+                            event->matches(QKeySequence::Paste);
+        if (isEdit) {
+            giveWay();
+        }
         QComboBox::keyPressEvent(event);
+    }
+    void inputMethodEvent(QInputMethodEvent* event) override {
+        if (!event->preeditString().isEmpty() || !event->commitString().isEmpty()) {
+            giveWay();
+        }
+        QComboBox::inputMethodEvent(event);
     }
     // A wheel that passes over the pane must not change what an entry is bound to.
     void wheelEvent(QWheelEvent* event) override { event->ignore(); }
 
   private:
     [[nodiscard]] bool isReader() const { return lineEdit()->isReadOnly(); }
+    /// The first edit replaces an indication as a whole: half of it would become the secret.
+    void giveWay() {
+        if (m_isIndicating && !isReader()) {
+            lineEdit()->selectAll();
+            m_isIndicating = false;
+        }
+    }
+
+    bool m_isIndicating = false;
 };
 
 QLineEdit* lineField(const char* name, const QString& accessibleName) {
     auto* edit = named(new QLineEdit, name);
     edit->setAccessibleName(accessibleName);
     return edit;
+}
+
+NameBox* nameBox(QComboBox* box) {
+    return static_cast<NameBox*>(box);
 }
 
 QComboBox* listField(const char* name, const QString& accessibleName) {
@@ -92,10 +148,6 @@ Glyph locationGlyph(const QString& picture) {
         return Glyph::Copy;
     }
     return picture == QLatin1String("paste") ? Glyph::Paste : Glyph::FolderOpen;
-}
-
-QString withoutMnemonic(QString caption) {
-    return caption.remove(u'&');
 }
 
 }  // namespace
@@ -232,18 +284,19 @@ void DetailPane::connectFields() {
             m_logic.editField(PaneField::Remarks, txtRemarks->toPlainText());
         }
     });
-    connect(ComboBox2->lineEdit(), &QLineEdit::textEdited, this,
-            [this](const QString& text) { m_logic.typeNumber(text); });
+    connect(ComboBox2->lineEdit(), &QLineEdit::textEdited, this, [this](const QString& text) {
+        m_logic.typeNumber(nameBox(ComboBox2)->takeEdit(m_shown.ComboBox2, text));
+    });
     connect(ComboBox2, &QComboBox::textActivated, this,
             [this](const QString& text) { m_logic.chooseNumberName(text); });
-    connect(cboPassword->lineEdit(), &QLineEdit::textEdited, this,
-            [this](const QString& text) { m_logic.typePassword(text); });
+    connect(cboPassword->lineEdit(), &QLineEdit::textEdited, this, [this](const QString& text) {
+        m_logic.typePassword(nameBox(cboPassword)->takeEdit(m_shown.cboPassword, text));
+    });
     connect(cboPassword, &QComboBox::textActivated, this,
             [this](const QString& text) { m_logic.choosePasswordName(text); });
     connect(chkEffective, &QCheckBox::clicked, this, [this] { m_disposal.chkEffective_Click(); });
-    connect(chkEncrypted, &QCheckBox::clicked, this, [this](bool isChecked) {
-        m_logic.setEncrypted(isChecked, m_shown.chkEncryptedCaption);
-    });
+    // It tells what the file is; a click cannot make it so.
+    connect(chkEncrypted, &QCheckBox::clicked, this, [this] { show(m_shown); });
     connect(m_reveal, &QAction::triggered, this, [this] {
         m_isPasswordRevealed = !m_isPasswordRevealed;
         maskTypedPassword();
@@ -292,11 +345,11 @@ void DetailPane::showBoxes(const EditPaneState& state) {
         if (box->currentText() != text) {
             box->setCurrentIndex(
                 box->findText(text, Qt::MatchFixedString | Qt::MatchCaseSensitive));
-            box->setEditText(text);
-            box->lineEdit()->setCursorPosition(0);
+            nameBox(box)->present(text);
         }
     };
-    fill(ComboBox2, state.numberNames, state.ComboBox2);
+    // A digest has no name to choose.
+    fill(ComboBox2, state.p_optType == 2 ? QStringList() : state.numberNames, state.ComboBox2);
     fill(cboPassword, state.passwordNames, state.cboPassword);
     if (state.cboPassword.isEmpty() || !state.areFieldsEditable) {
         m_isPasswordRevealed = false;
@@ -307,7 +360,8 @@ void DetailPane::showBoxes(const EditPaneState& state) {
 /// What is typed is a secret; a name that was chosen is none.
 void DetailPane::maskTypedPassword() {
     const QString& text = m_shown.cboPassword;
-    const bool isSecret = m_shown.areFieldsEditable && !text.isEmpty() && text != kCustomName &&
+    const bool isSecret = m_shown.areFieldsEditable && !text.isEmpty() &&
+                          !nameBox(cboPassword)->isIndicating() &&
                           !m_shown.passwordNames.contains(text);
     QLineEdit* edit = cboPassword->lineEdit();
     edit->setEchoMode(isSecret && !m_isPasswordRevealed ? QLineEdit::Password : QLineEdit::Normal);
@@ -322,9 +376,9 @@ void DetailPane::showControls(const EditPaneState& state) {
     };
     const QString later = QStringLiteral("%1\n此功能将在以后的版本中提供");
     const auto button = [&later](QToolButton* tool, const PaneControl& control) {
-        tool->setText(withoutMnemonic(control.caption));
+        tool->setText(control.caption);
         tool->setAccessibleName(control.caption.isEmpty() ? control.toolTip
-                                                          : withoutMnemonic(control.caption));
+                                                          : plainCaption(control.caption));
         // What uses an entry is not carried out yet.
         tool->setToolTip(later.arg(control.toolTip));
         tool->setEnabled(false);
@@ -333,8 +387,8 @@ void DetailPane::showControls(const EditPaneState& state) {
     caption(Label2, state.Label2);
     caption(lblPassword, state.lblPassword);
     caption(lblRemarks, state.lblRemarks);
-    txtLocation->setAccessibleName(withoutMnemonic(state.lblLocation.caption));
-    ComboBox2->setAccessibleName(withoutMnemonic(state.Label2.caption));
+    txtLocation->setAccessibleName(plainCaption(state.lblLocation.caption));
+    ComboBox2->setAccessibleName(plainCaption(state.Label2.caption));
     button(Command2, state.Command2);
     button(cmdPassword, state.cmdPassword);
     button(cmdLocation, state.cmdLocation);

@@ -9,6 +9,7 @@
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QToolBar>
+#include <QToolButton>
 
 #include "app/program_info.h"
 #include "ui/detail_pane.h"
@@ -72,22 +73,36 @@ void frmMain::buildToolbar() {
     m_toolbar->setMovable(false);
     m_toolbar->setContextMenuPolicy(Qt::PreventContextMenu);
     m_toolbar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    const auto add = [this](const char* command, const QString& text) {
+    const auto add = [this](const char* command, const QString& text,
+                            const std::vector<const char*>& choices = {}) {
         QAction* action = m_actions->action(QString::fromLatin1(command));
         action->setIconText(text);
         m_toolbar->addAction(action);
+        auto* button = qobject_cast<QToolButton*>(m_toolbar->widgetForAction(action));
+        if (choices.empty() || button == nullptr) {
+            return;
+        }
+        auto* menu = new QMenu(button);
+        for (const char* choice : choices) {
+            menu->addAction(m_actions->action(QString::fromLatin1(choice)));
+        }
+        button->setMenu(menu);
+        button->setPopupMode(QToolButton::MenuButtonPopup);
     };
-    add("mn_addSingle", QStringLiteral("添　加"));
-    add("mn_modifySingle", QStringLiteral("修　改"));
+    add("mn_addSingle", QStringLiteral("添　加"), {"mn_addSingle", "mn_addBatch"});
+    add("mn_modifySingle", QStringLiteral("修　改"), {"mn_modifySingle", "mn_modifyBatch"});
     add("mn_save", QStringLiteral("保　存"));
     add("mn_cancel", QStringLiteral("取　消"));
     add("mn_delete", QStringLiteral("删　除"));
     m_toolbar->addSeparator();
     add("mn_activate", QStringLiteral("打　开"));
-    add("AddBookmark", QStringLiteral("书　签"));
+    add("AddBookmark", QStringLiteral("书　签"), {"AddBookmark", "RemoveBookmark"});
+    add("mn_safeCryption", QStringLiteral("加　密"), {"mn_fastCryption", "mn_safeCryption"});
     m_toolbar->addSeparator();
     add("mn_refreshMain", QStringLiteral("刷　新"));
     add("mn_find", QStringLiteral("查　找"));
+    add("mn_clearBuffer", QStringLiteral("清　空"));
+    add("mn_switchOneKeyMode", QStringLiteral("一　键"));
 }
 
 void frmMain::connectEntryCommands() {
@@ -97,12 +112,23 @@ void frmMain::connectEntryCommands() {
     const auto command = [this](const char* name, std::function<void()> work) {
         m_actions->carryOut(QString::fromLatin1(name), std::move(work));
     };
-    command("mn_addSingle", [&pane] { pane.EnterAdd(true); });
-    command("mn_addBatch", [&pane] { pane.EnterAdd(false); });
-    command("mn_dirAddEntry", [&pane] { pane.EnterAdd(false); });
-    command("mn_modifySingle", [&pane] { pane.EnterModify(true); });
-    command("mn_modifyBatch", [&pane] { pane.EnterModify(false); });
-    command("mn_dirModifyEntry", [&pane] { pane.EnterModify(false); });
+    // The micro form has no pane to type into.
+    const auto editing = [this, &command](const char* name, const std::function<void()>& work) {
+        command(name, [this, work] {
+            if (m_isMicro) {
+                mn_formSize();
+            }
+            if (!m_isMicro) {
+                work();
+            }
+        });
+    };
+    editing("mn_addSingle", [&pane] { pane.EnterAdd(true); });
+    editing("mn_addBatch", [&pane] { pane.EnterAdd(false); });
+    editing("mn_dirAddEntry", [&pane] { pane.EnterAdd(false); });
+    editing("mn_modifySingle", [&pane] { pane.EnterModify(true); });
+    editing("mn_modifyBatch", [&pane] { pane.EnterModify(false); });
+    editing("mn_dirModifyEntry", [&pane] { pane.EnterModify(false); });
     command("mn_save", [&pane] { pane.mn_save(); });
     command("mn_cancel", [&pane] { pane.mn_cancel(); });
     command("mn_delete", [&disposal] { disposal.mn_delete(); });
@@ -124,8 +150,13 @@ void frmMain::connectDirectoryCommands() {
     command("mn_dirExpand", [&sheets] { sheets.mn_dirExpand(); });
     command("mn_dirCollapse", [&sheets] { sheets.mn_dirCollapse(); });
     auto* menu = menuBar()->findChild<QMenu*>(QStringLiteral("mnDirectory"));
-    connect(menu, &QMenu::aboutToShow, this,
-            [this, &sheets] { stSheets->fitDirectoryCommands(sheets.state().selectedKey); });
+    connect(menu, &QMenu::aboutToShow, this, [this, &sheets] {
+        const QString key = sheets.state().selectedKey;
+        stSheets->fitDirectoryCommands(key);
+        // The command deletes what the pane shows; the arrow keys may have selected another node.
+        QAction* remove = m_actions->action(QStringLiteral("mn_dirDeleteEntry"));
+        remove->setEnabled(remove->isEnabled() && sheets.isShown(key));
+    });
 }
 
 void frmMain::connectViewCommands() {
@@ -160,8 +191,10 @@ void frmMain::start() {
     const int width = std::clamp(size.sheetsWidth(), stSheets->minimumSizeHint().width(),
                                  std::max(m_originalSize.width() / 2, 1));
     m_halves->setSizes({width, m_originalSize.width() - width});
-    imgBG->setPicture(m_logic->sheets.workspace.services.files.ResolvePath(
-        m_logic->sheets.workspace.services.settings.p_backImagePath(), false));
+    const auto& services = m_logic->sheets.workspace.services;
+    imgBG->setPicture(services.settings.p_themeBackground()
+                          ? services.files.ResolvePath(services.settings.p_backImagePath(), false)
+                          : QString());
     setMicroSize(size.isMicro());
     setKeepFront(size.isKeptInFront());
     healPlace();
@@ -212,8 +245,8 @@ void frmMain::setMicroSize(bool isMicro) {
     m_isMicro = isMicro;
     m_right->setVisible(!isMicro);
     m_toolbar->setVisible(!isMicro);
-    QAction* command = m_actions->action(QStringLiteral("mn_formSize"));
-    command->setText(m_logic->size.caption() + QStringLiteral("(&M)"));
+    m_actions->setCaption(QStringLiteral("mn_formSize"),
+                          m_logic->size.caption() + QStringLiteral("(&M)"));
     if (isMaximized()) {
         showNormal();
     }

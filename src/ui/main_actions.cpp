@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "ui/theme/icons.h"
+#include "ui/widgets/caption.h"
 
 namespace keeper {
 namespace {
@@ -75,7 +76,7 @@ MenuPlan entryMenu() {
 
 MenuPlan directoryMenu() {
     return {"mnDirectory",
-            u"目录(&R)",
+            u"目录(&D)",
             {{"mn_dirNewSub", u"新建子目录(&N)", "", glyphNumber(Glyph::Folder)},
              {"mn_dirRename", u"重命名目录(&R)", "", kNoGlyph},
              {"mn_dirDelete", u"删除目录(&D)", "", glyphNumber(Glyph::Delete)},
@@ -107,7 +108,7 @@ MenuPlan viewMenu() {
 
 MenuPlan manageMenu() {
     return {"mnManage",
-            u"管理(&M)",
+            u"管理(&G)",
             {{"mn_assNum", u"关联号码(&N)…", "", kNoGlyph},
              {"mn_assPwd", u"关联密码(&P)…", "", glyphNumber(Glyph::Key)},
              kSeparator,
@@ -154,8 +155,7 @@ MainActions::MainActions(QWidget* window) {
                 action->setShortcut(QKeySequence(QString::fromLatin1(command.shortcut)));
             }
             action->setEnabled(false);
-            action->setToolTip(later());
-            action->setStatusTip(later());
+            action->setToolTip(plainCaption(action->text()) + u'\n' + later());
             window->addAction(action);
             m_actions.insert(name, action);
         }
@@ -169,13 +169,17 @@ QAction* MainActions::action(const QString& name) const {
 
 void MainActions::carryOut(const QString& name, std::function<void()> work) {
     QAction* command = action(name);
-    QString words = command->text();
-    words.remove(u'&');
-    const QString keys = command->shortcut().toString(QKeySequence::NativeText);
-    command->setToolTip(keys.isEmpty() ? words : words + QStringLiteral("  ") + keys);
-    command->setStatusTip({});
+    setCaption(name, command->text());
     command->setEnabled(true);
     connect(command, &QAction::triggered, this, std::move(work));
+}
+
+void MainActions::setCaption(const QString& name, const QString& caption) {
+    QAction* command = action(name);
+    command->setText(caption);
+    const QString keys = command->shortcut().toString(QKeySequence::NativeText);
+    const QString words = plainCaption(caption);
+    command->setToolTip(keys.isEmpty() ? words : words + QStringLiteral("  ") + keys);
 }
 
 void MainActions::fillMenuBar(QMenuBar* bar) const {

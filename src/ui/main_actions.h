@@ -26,6 +26,8 @@ class MainActions final : public QObject {
     [[nodiscard]] QAction* action(const QString& name) const;
     /// Gives the command its work and enables it.
     void carryOut(const QString& name, std::function<void()> work);
+    /// Text, and the tool tip with the keys.
+    void setCaption(const QString& name, const QString& caption);
     void fillMenuBar(QMenuBar* bar) const;
 
   private:

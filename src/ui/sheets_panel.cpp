@@ -8,11 +8,14 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QScopedValueRollback>
+#include <QShortcut>
 #include <QSplitter>
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "store/numbering.h"
 #include "ui/main_actions.h"
+#include "ui/theme/colors.h"
 #include "ui/theme/icons.h"
 #include "ui/widgets/directory_tree_view.h"
 #include "ui/widgets/item_delegate.h"
@@ -85,7 +88,7 @@ SheetsPanel::SheetsPanel(const SheetsLogic& logic, const MainActions& actions, Q
     setObjectName(QStringLiteral("stSheets"));
     setAccessibleName(QStringLiteral("导航"));
     setDocumentMode(true);
-    addTab(buildTree(), glyphIcon(Glyph::Folder), QStringLiteral("目录"));
+    addTab(buildTree(actions), glyphIcon(Glyph::Folder), QStringLiteral("目录"));
     addTab(buildSearch(), glyphIcon(Glyph::Search), QStringLiteral("查找"));
     addTab(buildFavourites(actions), glyphIcon(Glyph::Bookmark), QStringLiteral("收藏"));
     buildPopup(actions);
@@ -94,9 +97,14 @@ SheetsPanel::SheetsPanel(const SheetsLogic& logic, const MainActions& actions, Q
             m_logic.sheets.selectTab(static_cast<SheetTab>(tab));
         }
     });
+    connect(this, &QTabWidget::tabBarClicked, this, [this](int tab) {
+        if (tab == currentIndex() && tab == static_cast<int>(SheetTab::Search)) {
+            focusSearch();
+        }
+    });
 }
 
-QWidget* SheetsPanel::buildTree() {
+QWidget* SheetsPanel::buildTree(const MainActions& actions) {
     tvwDirectory->setModel(&m_logic.workspace.tvwDirectory);
     tvwDirectory->setItemDelegate(new ItemDelegate(ItemDelegate::Number::Hidden, tvwDirectory));
     tvwDirectory->setAccessibleName(QStringLiteral("目录树"));
@@ -110,6 +118,14 @@ QWidget* SheetsPanel::buildTree() {
         }
     });
     connect(tvwDirectory, &DirectoryTreeView::popupWanted, this, &SheetsPanel::showPopup);
+    connect(tvwDirectory, &DirectoryTreeView::deletePressed, this, [this, &actions] {
+        const QString key = m_logic.sheets.state().selectedKey;
+        fitDirectoryCommands(key);
+        actions
+            .action(TestEntDir(key) ? QStringLiteral("mn_dirDeleteEntry")
+                                    : QStringLiteral("mn_dirDelete"))
+            ->trigger();
+    });
     connect(tvwDirectory, &DirectoryTreeView::nodeDropped, this,
             [this](const QString& source, const QString& target) {
                 m_logic.drag.drop(source, target);
@@ -160,6 +176,10 @@ QWidget* SheetsPanel::buildSearch() {
     txtSearch->addAction(glyphIcon(Glyph::Search), QLineEdit::LeadingPosition);
     connect(txtSearch, &QLineEdit::textChanged, this,
             [this](const QString& text) { m_logic.sheets.searchFor(text); });
+    connect(txtSearch, &QLineEdit::returnPressed, this, [this] { lsbSearch->setFocus(); });
+    auto* down = new QShortcut(QKeySequence(Qt::Key_Down), txtSearch);
+    down->setContext(Qt::WidgetShortcut);
+    connect(down, &QShortcut::activated, this, [this] { lsbSearch->setFocus(); });
     lblTotal->setToolTip(QStringLiteral("所列出条目的总数"));
     auto* cmdRefreshQuery = named(new QPushButton(QStringLiteral("刷新")), "cmdRefreshQuery");
     auto* cmdSearchEngine = named(new QPushButton(QStringLiteral("检索器(&F)")), "cmdSearchEngine");
@@ -244,8 +264,11 @@ void SheetsPanel::fitDirectoryCommands(const QString& key) {
 }
 
 void SheetsPanel::showPopup(const QString& key, QPoint at) {
-    fitDirectoryCommands(key);
-    mn_DirPopup->popup(at);
+    // A click that was refused leaves the selection where it was; the commands would act there.
+    if (key == m_logic.sheets.state().selectedKey) {
+        fitDirectoryCommands(key);
+        mn_DirPopup->popup(at);
+    }
 }
 
 QModelIndex SheetsPanel::indexOf(const QString& key) const {
@@ -261,20 +284,37 @@ void SheetsPanel::showSheets(const SheetsState& state) {
     if (selected != tvwDirectory->currentIndex()) {
         tvwDirectory->setCurrentIndex(selected);
         if (selected.isValid()) {
-            if (state.isSingleExpansion) {
-                tvwDirectory->showBranchAlone(selected);
-            }
             tvwDirectory->scrollTo(selected);
         }
     }
-    const QModelIndex line = m_logic.workspace.lsbSearch.index(state.searchRow);
-    if (line != lsbSearch->currentIndex()) {
-        lsbSearch->setCurrentIndex(line);
+    // The mouse and the arrow keys have made the node current before the logic hears of it.
+    if (state.isSingleExpansion && selected.isValid() && state.selectedKey != m_branchAlone) {
+        tvwDirectory->showBranchAlone(selected);
     }
+    m_branchAlone = state.selectedKey;
+    // A line that was chosen in the list stays chosen: only a new search moves it.
+    if (state.searchRow != m_searchRow) {
+        m_searchRow = state.searchRow;
+        lsbSearch->setCurrentIndex(m_logic.workspace.lsbSearch.index(state.searchRow));
+    }
+    showWhetherFound();
     lblTotal->setText(state.lblTotal);
     lblRecentUpdates->setText(state.lblRecentUpdates);
     lblBookmark->setText(state.lblBookmark);
     colourTree(state);
+}
+
+/// A search that finds nothing says so while it is typed.
+void SheetsPanel::showWhetherFound() {
+    const bool isMissing =
+        !txtSearch->text().isEmpty() && m_logic.sheets.state().searchRow == ItemListModel::kNoRow;
+    QPalette palette = this->palette();
+    if (isMissing) {
+        palette.setColor(QPalette::Text, themeColor(ThemeColor::Danger, isDarkPalette(palette)));
+    }
+    txtSearch->setPalette(palette);
+    txtSearch->setToolTip(isMissing ? QStringLiteral("没有找到这个标题或编号") : QString());
+    txtSearch->setAccessibleDescription(txtSearch->toolTip());
 }
 
 void SheetsPanel::colourTree(const SheetsState& state) {
@@ -334,8 +374,8 @@ void SheetsPanel::focusSheet(SheetTab tab) {
 }
 
 int SheetsPanel::bookmarkRow() const {
-    const QModelIndex index = lsbBookmark->currentIndex();
-    return index.isValid() ? index.row() : ItemListModel::kNoRow;
+    const QModelIndexList selected = lsbBookmark->selectionModel()->selectedRows();
+    return selected.isEmpty() ? ItemListModel::kNoRow : selected.first().row();
 }
 
 }  // namespace keeper

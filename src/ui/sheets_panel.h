@@ -51,7 +51,7 @@ class SheetsPanel final : public QTabWidget {
     [[nodiscard]] int bookmarkRow() const;
 
   private:
-    [[nodiscard]] QWidget* buildTree();
+    [[nodiscard]] QWidget* buildTree(const MainActions& actions);
     [[nodiscard]] QWidget* buildSearch();
     [[nodiscard]] QWidget* buildFavourites(const MainActions& actions);
     [[nodiscard]] QListView* buildList(const char* name, const QString& accessibleName,
@@ -59,11 +59,14 @@ class SheetsPanel final : public QTabWidget {
     [[nodiscard]] QWidget* withHint(QListView* list, const QString& hint);
     void buildPopup(const MainActions& actions);
     void showPopup(const QString& key, QPoint at);
+    void showWhetherFound();
     void colourTree(const SheetsState& state);
     [[nodiscard]] QModelIndex indexOf(const QString& key) const;
 
     SheetsLogic m_logic;
     bool m_isShowing = false;
+    QString m_branchAlone;
+    int m_searchRow = -1;
     DirectoryTreeView* tvwDirectory;
     QLineEdit* txtSearch;
     QListView* lsbSearch;

@@ -49,6 +49,9 @@ void EditPane::EnterAdd(bool isSingle, const QString& title) {
                 QStringLiteral("本层目录的条目数量已达到最大容纳值，请选择其它目录新增条目！"));
             return;
         }
+        if (!mayReplaceFields()) {
+            return;
+        }
         m_workspace.m_isSingle = isSingle;
         SetEditState(EditState::Add);
         const int type = GetItemKeyType(key) % 3;
@@ -67,6 +70,11 @@ void EditPane::EnterModify(bool isSingle) {
         if (m_workspace.m_editState == EditState::Add) {
             m_workspace.tell(QStringLiteral("请先结束当前的添加状态，再切换到修改状态。"));
             return;
+        }
+        const QString key = m_lists.state().selectedKey;
+        if (!m_workspace.m_entry && TestEntDir(key)) {
+            // What is selected is meant, shown or not.
+            DisplayEntry(GetItemKeyNo(key));
         }
         m_workspace.m_isSingle = isSingle;
         SetEditState(EditState::Modify);
@@ -92,6 +100,20 @@ void EditPane::mn_cancel() {
     } else {
         ClearDetails();
     }
+    m_lists.state().canDelete = m_workspace.m_entry.has_value();
+    m_lists.show();
+}
+
+bool EditPane::mayReplaceFields() {
+    if (!isDirty()) {
+        return true;
+    }
+    const bool isGivenUp =
+        m_workspace.services.prompt.messageBox(QStringLiteral("当前的编辑尚未保存，是否放弃？"),
+                                               Prompt::Icon::Exclamation, Prompt::Buttons::YesNo,
+                                               {}, Prompt::Answer::No) == Prompt::Answer::Yes;
+    m_isDirty = !isGivenUp;
+    return isGivenUp;
 }
 
 void EditPane::SetEditState(EditState editState) {
@@ -132,6 +154,7 @@ void EditPane::ColourLocation(int type) {
 
 void EditPane::ClearDetails() {
     const Showing showing(*this);
+    m_isDirty = false;
     m_workspace.m_entry.reset();
     SetNumberText({});
     SetPasswordText({});
@@ -197,6 +220,7 @@ void EditPane::editField(PaneField field, const QString& text) {
     if (isLocked) {
         return;
     }
+    m_isDirty = true;
     switch (field) {
         case PaneField::No:
             m_state.txtNo = text;

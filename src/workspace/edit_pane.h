@@ -69,6 +69,10 @@ class EditPane {
     void choosePasswordName(const QString& name);
     void setEncrypted(bool isEncrypted, const QString& caption);
 
+    /// Nothing has been entered since the fields were filled, or the person gives it up.
+    [[nodiscard]] bool mayReplaceFields();
+    [[nodiscard]] bool isDirty() const { return isEditing() && m_isDirty; }
+
     // The two boxes and their hidden slots
     /// A row of the list; the reserved name is none.
     [[nodiscard]] bool IsAssNumName(const QString& text) const;
@@ -114,6 +118,7 @@ class EditPane {
 
     void saveNew();
     void saveChange();
+    void closePane();
     void walkToNextFree(const QString& number);
     void walkToNextUsed(const QString& oldNo);
     [[nodiscard]] bool addObject();
@@ -131,6 +136,8 @@ class EditPane {
     QStringList m_numberNames;
     QStringList m_passwordNames;
     int m_showing = 0;
+    /// A person has entered something that is not saved.
+    bool m_isDirty = false;
 };
 
 class EditPane::Showing {

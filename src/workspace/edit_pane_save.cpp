@@ -125,11 +125,17 @@ void EditPane::saveNew() {
     services.entLogs.Add(log);
     services.beeper.MessageBeep(Beeper::Sound::Done);
     if (m_workspace.m_isSingle) {
-        SetEditState(EditState::Browse);
-        ClearDetails();
+        closePane();
     } else {
         walkToNextFree(number);
     }
+}
+
+void EditPane::closePane() {
+    SetEditState(EditState::Browse);
+    ClearDetails();
+    // An empty form would look like a save that was lost.
+    ShowControls(kDirectoryType);
 }
 
 void EditPane::walkToNextFree(const QString& number) {
@@ -165,8 +171,7 @@ void EditPane::saveChange() {
     }
     services.beeper.MessageBeep(Beeper::Sound::Done);
     if (m_workspace.m_isSingle) {
-        SetEditState(EditState::Browse);
-        ClearDetails();
+        closePane();
     } else {
         walkToNextUsed(oldNo);
     }

@@ -85,6 +85,7 @@ void EditPane::showCommon(const Entry& entry, const QString& location) {
 
 void EditPane::showNumberOf(const NetEntry& net) {
     m_workspace.m_entry->numName = net.m_numName;
+    m_workspace.m_entry->customNum = net.m_customNum;
     if (net.m_numName == kCustomName) {
         SetNumberText(net.m_customNum);
         m_state.ComboBox2 =
@@ -170,11 +171,10 @@ void EditPane::typeNumber(const QString& text) {
     if (!m_state.areFieldsEditable) {
         return;
     }
+    m_isDirty = true;
     m_state.ComboBox2 = text;
-    if (m_type == 2) {
-        return;
-    }
-    // A listed name binds the entry, typed or chosen; the slot must then hold what it stands for.
+    // Whatever class the controls show: the class of the number decides at the save. A listed name
+    // binds the entry, typed or chosen; the slot must then hold what it stands for.
     if (IsAssNumName(text)) {
         ShowAssNum(text);
     } else {
@@ -187,6 +187,7 @@ void EditPane::typePassword(const QString& text) {
     if (!m_state.areFieldsEditable) {
         return;
     }
+    m_isDirty = true;
     m_state.cboPassword = text;
     if (IsAssPwdName(text)) {
         ShowAssPwd(text);
@@ -200,13 +201,14 @@ void EditPane::chooseNumberName(const QString& name) {
     if (!m_state.areFieldsEditable || m_type == 2) {
         return;
     }
-    const bool wasBound = IsAssNumName(m_state.ComboBox2);
+    const bool isReplaced = IsAssNumName(m_state.ComboBox2) || m_numberText.isEmpty();
+    m_isDirty = true;
     m_state.ComboBox2 = name;
     if (name != kCustomName) {
         ShowAssNum(name);
-    } else if (wasBound) {
-        // A value of its own starts empty; one that stands already is not lost by choosing it.
-        SetNumberText({});
+    } else if (isReplaced) {
+        // Back to the stored value; one that was typed is not lost by choosing it.
+        SetNumberText(m_workspace.m_entry ? m_workspace.m_entry->customNum : QString());
     }
 }
 
@@ -215,11 +217,12 @@ void EditPane::choosePasswordName(const QString& name) {
     if (!m_state.areFieldsEditable) {
         return;
     }
-    const bool wasBound = IsAssPwdName(m_state.cboPassword);
+    const bool isReplaced = IsAssPwdName(m_state.cboPassword) || m_passwordText.isEmpty();
+    m_isDirty = true;
     m_state.cboPassword = name;
     if (name != kCustomName) {
         ShowAssPwd(name);
-    } else if (wasBound) {
+    } else if (isReplaced) {
         const bool hasOwn =
             m_workspace.m_entry && m_workspace.m_entry->common.m_pwdName == kCustomName;
         SetPasswordText(hasOwn ? m_workspace.m_entry->common.m_customPwd : QString());

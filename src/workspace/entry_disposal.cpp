@@ -85,13 +85,14 @@ void EntryDisposal::DeleteEntry() {
         }
         m_lists.ItemDelete(number);
         m_workspace.m_entry.reset();
+        // Before the file: if that cannot go, the entry is gone all the same.
+        if (m_workspace.m_editState == EditState::Browse) {
+            showNeighbour(number);
+        }
         if (choice == Choice::EntryAndFile) {
             deleteFile(number, location);
         } else {
             m_workspace.log(kEntryDeleted, {number, title});
-        }
-        if (m_workspace.m_editState == EditState::Browse) {
-            showNeighbour(number);
         }
     });
     m_lists.show();

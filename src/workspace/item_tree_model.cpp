@@ -165,6 +165,10 @@ QVariant ItemTreeModel::data(const QModelIndex& index, int role) const {
     return role == Qt::DisplayRole ? text(idOf(index)) : dataOfItem(m_tree, idOf(index), role);
 }
 
+QString ItemTreeModel::nodeFormat() {
+    return QStringLiteral("application/x-morvane-keeper-node");
+}
+
 Qt::ItemFlags ItemTreeModel::flags(const QModelIndex& index) const {
     if (!index.isValid()) {
         // The empty part of the tree takes a drop too: it throws the dragged item away.

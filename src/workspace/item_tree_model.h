@@ -57,6 +57,10 @@ class ItemTreeModel final : public QAbstractItemModel {
     [[nodiscard]] bool hasChildren(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
+    /// What a drag of a node carries: its key, in UTF-8. Only this program's own tree gives it.
+    [[nodiscard]] static QString nodeFormat();
+    [[nodiscard]] QStringList mimeTypes() const override { return {nodeFormat()}; }
+    [[nodiscard]] Qt::DropActions supportedDropActions() const override { return Qt::MoveAction; }
 
   private:
     ItemTree m_tree;

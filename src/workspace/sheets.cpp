@@ -110,7 +110,12 @@ void Sheets::RefreshTrvDirectory() {
 }
 
 void Sheets::mn_refreshMain() {
+    if (m_pane.isDirty()) {
+        m_workspace.tell(workspacetext::browseOnly());
+        return;
+    }
     const EditPane::Showing showing(m_pane);
+    m_pane.SetEditState(EditState::Browse);
     RefreshSheets();
     m_pane.ClearDetails();
     m_pane.ShowControls(EditPane::kDirectoryType);
@@ -124,8 +129,21 @@ void Sheets::clickTree(const QString& key) {
     if (key.isEmpty()) {
         return;
     }
-    m_lists.select(key);
-    ClickNode(key);
+    if (mayShow(key)) {
+        m_lists.select(key);
+        ClickNode(key);
+    }
+    m_lists.show();
+}
+
+bool Sheets::isShown(const QString& key) const {
+    return m_workspace.m_entry &&
+           key == ConcatenateNo(m_workspace.m_entry->common.p_No(), /*isDir=*/false);
+}
+
+bool Sheets::mayShow(const QString& key) {
+    const bool isReplacing = m_workspace.m_editState == EditState::Modify && TestEntDir(key);
+    return !isReplacing || m_pane.mayReplaceFields();
 }
 
 void Sheets::pressTree() {
@@ -135,7 +153,9 @@ void Sheets::pressTree() {
         return;
     }
     const QScopedValueRollback<bool> pressing(m_isPressing, true);
-    ClickNode(key);
+    if (mayShow(key)) {
+        ClickNode(key);
+    }
 }
 
 void Sheets::selectNode(const QString& key) {
@@ -216,6 +236,11 @@ void Sheets::mn_dirCollapse() {
 }
 
 void Sheets::doubleClickBackground() {
+    const ItemTree& tree = m_workspace.tvwDirectory.tree();
+    // A node that was clicked may be gone by now; keys alone may have chosen one.
+    if (tree.findKey(m_clickedKey) == ItemTree::kRoot) {
+        m_clickedKey = state().selectedKey;
+    }
     if (m_clickedKey.isEmpty()) {
         return;
     }
@@ -223,7 +248,6 @@ void Sheets::doubleClickBackground() {
         m_pane.EnterModify(/*isSingle=*/true);
         return;
     }
-    const ItemTree& tree = m_workspace.tvwDirectory.tree();
     const QString title = tree.title(tree.findKey(m_clickedKey));
     m_lists.select(m_clickedKey);
     m_lists.show();

@@ -51,6 +51,10 @@ class Sheets {
     void selectNode(const QString& key);
     /// What a click on a node means in the present state.
     void ClickNode(const QString& key);
+    /// The node is the entry in the pane.
+    [[nodiscard]] bool isShown(const QString& key) const;
+    /// Asks before an entry takes the place of one that is being changed.
+    [[nodiscard]] bool mayShow(const QString& key);
     [[nodiscard]] DirPopup SetDirPopup(const QString& key) const;
     void mn_dirExpand();
     void mn_dirCollapse();

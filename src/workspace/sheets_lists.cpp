@@ -32,7 +32,10 @@ void Sheets::ShowListEntry(const QString& number) {
             m_lists.state().canDelete = m_workspace.m_entry.has_value();
             break;
         case EditState::Modify:
-            m_pane.DisplayEntry(number);
+            if (m_pane.mayReplaceFields()) {
+                m_pane.DisplayEntry(number);
+                m_pane.ShowControls(GetItemKeyType(number));
+            }
             break;
         case EditState::Add: {
             const QString key = ConcatenateNo(number, false);
@@ -58,7 +61,14 @@ void Sheets::showInTree(const QString& number) {
 
 void Sheets::showNothing() {
     m_lists.state().searchRow = ItemListModel::kNoRow;
-    m_pane.ClearDetails();
+    // What is being entered is not lost by looking for something else.
+    if (!m_pane.isDirty()) {
+        m_pane.ClearDetails();
+        if (m_workspace.m_editState == EditState::Browse) {
+            m_pane.ShowControls(EditPane::kDirectoryType);
+            m_lists.state().canDelete = false;
+        }
+    }
     m_workspace.services.monitor.ActivateMonitor(kFillEnded);
     m_lists.show();
 }
@@ -75,6 +85,10 @@ void Sheets::searchFor(const QString& text) {
         return;
     }
     m_lists.state().searchRow = row;
+    if (m_workspace.m_editState == EditState::Modify && m_pane.isDirty()) {
+        m_lists.show();
+        return;
+    }
     ShowListEntry(m_workspace.tvwDirectory.tree().number(list.idAt(row)));
 }
 

@@ -67,8 +67,13 @@ void TreeDrag::DeleteDroppedNode(const QString& key) {
 }
 
 void TreeDrag::dropOnEntry(const QString& targetNo) const {
-    const QString next = m_lists.FindItemNoSkipZero(GetLastSibling(targetNo), /*asSibling=*/true,
-                                                    /*findUsed=*/false, /*isDir=*/false);
+    const ItemTree& tree = m_workspace.tvwDirectory.tree();
+    const ItemId directory = tree.parent(tree.find(targetNo, /*isDir=*/false));
+    // Entries stand behind the directories.
+    const ItemId last = tree.child(directory, tree.childCount(directory) - 1);
+    const QString next =
+        m_lists.FindItemNoSkipZero(tree.number(last), /*asSibling=*/true, /*findUsed=*/false,
+                                   /*isDir=*/false);
     if (next.isEmpty()) {
         m_workspace.tell(QStringLiteral("编号为[") + GetParent(targetNo) +
                          QStringLiteral("]的目录所能容纳的条目数量已经达到极限！"));

@@ -8,15 +8,18 @@
 namespace keeper {
 
 ShownEntry& ShownEntry::operator=(ShownEntry&& other) noexcept {
+    secureWipe(customNum);
     secureWipe(password);
     common = std::move(other.common);
     location = std::move(other.location);
     numName = std::move(other.numName);
+    customNum = std::move(other.customNum);
     password = std::move(other.password);
     return *this;
 }
 
 ShownEntry::~ShownEntry() {
+    secureWipe(customNum);
     secureWipe(password);
 }
 

@@ -57,7 +57,8 @@ struct ShownEntry {
     QString location;
     /// Name of the associated number, or the reserved one; empty for a file.
     QString numName;
-    /// The value behind the binding; wiped at the end.
+    /// A number of its own, and the value behind the binding of the password; wiped at the end.
+    QString customNum;
     QString password;
 
     ShownEntry() = default;

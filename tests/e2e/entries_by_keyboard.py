@@ -40,7 +40,7 @@ def fold_all(desk):
 
 def fill(desk):
     fold_all(desk)
-    desk.press("alt+r", "n")
+    desk.press("alt+d", "n")
     desk.window("创建子目录")
     desk.press("ctrl+a")
     desk.type_text("mail")

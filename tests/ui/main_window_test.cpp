@@ -79,6 +79,29 @@ TEST_F(MainWindow, AnEntryIsChosenReadChangedAndSaved) {
     EXPECT_FALSE(command("mn_save")->isEnabled());
 }
 
+TEST_F(MainWindow, WordsThatStandForAValueNeverBecomeThePassword) {
+    clickNode(u"ent0102"_s);
+    command("mn_modifySingle")->trigger();
+    auto* password = part<QComboBox>("cboPassword");
+    ASSERT_EQ(password->currentText(), u"自定义"_s);
+    password->setFocus();
+    password->lineEdit()->setCursorPosition(1);
+    // A paste by mouse comes in the middle.
+    password->lineEdit()->insert(u"中"_s);
+    Q_EMIT password->lineEdit()->textEdited(password->lineEdit()->text());
+    EXPECT_EQ(m_pane.GetPasswordText(), u"中"_s);
+    QTest::keyClick(password, Qt::Key_Backspace);
+    EXPECT_EQ(m_pane.GetPasswordText(), QString());
+    m_pane.choosePasswordName(kCustomName);
+    EXPECT_EQ(m_pane.GetPasswordText(), u"pass-2"_s) << "back to the stored one";
+    QTest::keyClicks(password, u"n"_s);
+    EXPECT_EQ(password->lineEdit()->echoMode(), QLineEdit::Password);
+    QTest::keyClicks(password, u"ew"_s);
+    EXPECT_EQ(m_pane.GetPasswordText(), u"new"_s);
+    command("mn_save")->trigger();
+    EXPECT_EQ(value(u"select customPwd from tb_Entry where entNo='02'"_s), u"new"_s);
+}
+
 TEST_F(MainWindow, ADroppedEditLeavesTheEntryAndThePaneAsTheyWere) {
     clickNode(u"ent0102"_s);
     command("mn_modifySingle")->trigger();

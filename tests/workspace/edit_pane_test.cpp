@@ -289,7 +289,16 @@ TEST_F(EditPaneTest, refusesChangesThatMustNotBe) {
     EXPECT_EQ(m_prompt.takeTexts(), QStringList(u"网络类和文件类条目不能互相转换！"_s));
     m_pane.editField(PaneField::No, u"0202"_s);
     EXPECT_TRUE(m_pane.AllowModify());
+    const QString question = u"当前的编辑尚未保存，是否放弃？"_s;
+    m_prompt.answers = {Prompt::Answer::No, Prompt::Answer::Yes};
     m_sheets.clickTree(u"ent0301"_s);
+    EXPECT_EQ(m_near.pane.txtNo, u"0202") << "an edit is not lost by a click";
+    EXPECT_EQ(m_sheets.state().selectedKey, u"ent0101");
+    m_sheets.searchFor(u"x"_s);
+    m_sheets.mn_refreshMain();
+    EXPECT_EQ(m_near.pane.txtNo, u"0202");
+    m_sheets.clickTree(u"ent0301"_s);
+    EXPECT_EQ(m_prompt.takeTexts(), QStringList({question, workspacetext::browseOnly(), question}));
     EXPECT_TRUE(m_pane.AllowModify());
     m_pane.typePassword(u"other"_s);
     EXPECT_FALSE(m_pane.AllowModify());

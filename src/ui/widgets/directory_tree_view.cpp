@@ -14,14 +14,6 @@
 #include "workspace/item_tree_model.h"
 
 namespace keeper {
-namespace {
-
-/// Only this program's own tree gives and takes it.
-QString nodeFormat() {
-    return QStringLiteral("application/x-morvane-keeper-node");
-}
-
-}  // namespace
 
 DirectoryTreeView::DirectoryTreeView(QWidget* parent) : QTreeView(parent) {
     setHeaderHidden(true);
@@ -32,6 +24,8 @@ DirectoryTreeView::DirectoryTreeView(QWidget* parent) : QTreeView(parent) {
     setAcceptDrops(true);
     setDropIndicatorShown(true);
     setDragDropMode(DragDrop);
+    // Between two rows there is nothing to drop on: a drop means the node under the mouse.
+    setDragDropOverwriteMode(true);
     setAutoScroll(true);
     setAnimated(false);
 }
@@ -65,6 +59,13 @@ QString DirectoryTreeView::keyAt(QPoint position) const {
     return index.isValid() ? index.data(KeyRole).toString() : QString();
 }
 
+bool DirectoryTreeView::isOnArrow(QPoint position) const {
+    const QModelIndex index = indexAt(position);
+    const int left = visualRect(index).x();
+    return model()->hasChildren(index) && position.x() < left &&
+           position.x() >= left - indentation();
+}
+
 void DirectoryTreeView::mousePressEvent(QMouseEvent* event) {
     m_pressedKey = keyAt(event->pos());
     m_isDragged = false;
@@ -75,13 +76,17 @@ void DirectoryTreeView::mousePressEvent(QMouseEvent* event) {
 void DirectoryTreeView::mouseReleaseEvent(QMouseEvent* event) {
     QTreeView::mouseReleaseEvent(event);
     const QString key = keyAt(event->pos());
-    // The arrow before a directory opens it; that chooses nothing.
-    const bool isOnNode =
-        !key.isEmpty() && event->pos().x() >= visualRect(indexAt(event->pos())).x();
-    if (m_isDragged || (!key.isEmpty() && (!isOnNode || key != m_pressedKey))) {
+    if (m_isDragged) {
         return;
     }
-    if (event->button() == Qt::LeftButton || event->button() == Qt::RightButton) {
+    const bool isLeftOrRight =
+        event->button() == Qt::LeftButton || event->button() == Qt::RightButton;
+    if (!key.isEmpty() && (isOnArrow(event->pos()) || key != m_pressedKey || !isLeftOrRight)) {
+        // Not a click: what the press has made current on its way is taken back.
+        setCurrentIndex(m_currentBeforePress);
+        return;
+    }
+    if (isLeftOrRight) {
         Q_EMIT nodeClicked(key);
     }
     if (event->button() == Qt::RightButton && !key.isEmpty()) {
@@ -124,14 +129,16 @@ void DirectoryTreeView::startDrag(Qt::DropActions /*actions*/) {
     m_isDragged = true;
     auto* drag = new QDrag(this);
     auto* node = new QMimeData;
-    node->setData(nodeFormat(), m_pressedKey.toUtf8());
+    node->setData(ItemTreeModel::nodeFormat(), m_pressedKey.toUtf8());
     drag->setMimeData(node);
+    const QRect row = visualRect(currentIndex());
+    drag->setPixmap(viewport()->grab(row & viewport()->rect()));
     drag->exec(Qt::MoveAction);
     setCurrentIndex(m_currentBeforePress);
 }
 
 void DirectoryTreeView::dragEnterEvent(QDragEnterEvent* event) {
-    if (event->source() == this && event->mimeData()->hasFormat(nodeFormat())) {
+    if (event->source() == this && event->mimeData()->hasFormat(ItemTreeModel::nodeFormat())) {
         event->acceptProposedAction();
     }
 }
@@ -144,10 +151,10 @@ void DirectoryTreeView::dragMoveEvent(QDragMoveEvent* event) {
 }
 
 void DirectoryTreeView::dropEvent(QDropEvent* event) {
-    if (!event->mimeData()->hasFormat(nodeFormat())) {
+    if (!event->mimeData()->hasFormat(ItemTreeModel::nodeFormat())) {
         return;
     }
-    const QString source = QString::fromUtf8(event->mimeData()->data(nodeFormat()));
+    const QString source = QString::fromUtf8(event->mimeData()->data(ItemTreeModel::nodeFormat()));
     const QString target = keyAt(event->position().toPoint());
     event->acceptProposedAction();
     stopAutoScroll();

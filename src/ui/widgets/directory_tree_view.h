@@ -43,6 +43,7 @@ class DirectoryTreeView final : public QTreeView {
 
   private:
     [[nodiscard]] QString keyAt(QPoint position) const;
+    [[nodiscard]] bool isOnArrow(QPoint position) const;
 
     QString m_pressedKey;
     /// A press alone chooses nothing: a drag that comes to nothing leaves the selection as it was.
