@@ -19,6 +19,7 @@
 #include "crypto/cryptor3.h"
 #include "guard/login.h"
 #include "guard/os_info.h"
+#include "guard/session_column_key.h"
 #include "guard/session_connect.h"
 #include "guard/store_upgrades.h"
 #include "guard/sw_protect.h"
@@ -56,19 +57,6 @@
 
 namespace keeper {
 namespace {
-
-/// Column encryption as the settings tell it, under the password that the session has verified.
-class SettingsColumnKey final : public ColumnKey {
-  public:
-    explicit SettingsColumnKey(const System& system) : m_system(system) {}
-    [[nodiscard]] bool p_idpPwdSwitch() const override {
-        return m_system.settings().p_idpPwdSwitch();
-    }
-    [[nodiscard]] QString p_plainIdpPwd() const override { return m_system.p_plainIdpPwd(); }
-
-  private:
-    const System& m_system;
-};
 
 /// Sensitive commands ask for the independent password; a user without one is asked nothing.
 class IndependentPasswordGate final : public AuthorityGate {
@@ -130,7 +118,7 @@ struct DesktopProgram::Graph {
     FileOperator files;
     Destruction destruction;
 
-    SettingsColumnKey columnKey;
+    SessionColumnKey columnKey;
     Cryptor3 columnCryptor;
     ColumnCipher columns;
     StoreContext store;
@@ -139,16 +127,16 @@ struct DesktopProgram::Graph {
     Prgs programs;
     Fils fils;
 
-    FprintReader fingerprints;
-    ProtectionParts protection;
     OSInfo osInfo;
     StoreUpgrades upgrades;
     SWProtect guard;
+    frmMain mainWindow;
+    FprintReader fingerprints;
+    ProtectionParts protection;
     SessionConnect road;
     Login login;
     Wizard wizard;
 
-    frmMain mainWindow;
     IndependentPasswordGate gate;
     WorkspaceParts parts;
     SessionWindows windows;
@@ -181,10 +169,12 @@ DesktopProgram::Graph::Graph(QApplication& application)
       entries(store),
       programs(store, entries),
       fils(store, entries),
-      protection({prompt, clock, system, sealed, logs, keyboard, fingerprints}),
       osInfo(machine, prompt),
       upgrades(entries, programs, system.settings()),
       guard({connection, clock, random, prompt, osInfo, upgrades}, programVersion()),
+      protection({prompt, clock, random, eventLoop, folders, system, connection, sealed, logs,
+                  columnKey, columnCryptor, fileCipher, connecting, osInfo, guard, upgrades,
+                  keyboard, fingerprints, mainWindow}),
       road({prompt, clock, system, connection, sealed, guard, logs, users, osInfo, connecting,
             destruction, [this] { return protection.unlockColumns(); }}),
       login(loginPorts()),
@@ -259,6 +249,9 @@ void DesktopProgram::Graph::connectSession() {
                        parts.pane,
                        parts.disposal,
                        parts.size});
+    protection.connectCommands(
+        {[this](int number) { return gate.CheckAuthority(system.GetAuthority(number - 1) != 0); },
+         [this] { endSession(CloseReason::Program); }});
     windows.setBeforeMain([this] { startWorkspace(); });
     QObject::connect(&tmrRunTime, &QTimer::timeout, &mainWindow, [this] {
         sessionEnd.tick();
@@ -300,8 +293,7 @@ void DesktopProgram::Graph::connectSession() {
 
 void DesktopProgram::Graph::startWorkspace() {
     mainWindow.SetCaption(system.p_userName());
-    mainWindow.statusPanels().setPanel(StatusPanel::DeadCount,
-                                       QStringLiteral("分机存活期：%1天").arg(guard.deadCount()));
+    protection.showGuard();
     parts.sheets.start();
     parts.pane.SetEditState(EditState::Browse);
     parts.pane.ShowControls(EditPane::kDirectoryType);
@@ -318,6 +310,12 @@ void DesktopProgram::Graph::startSession() {
 }
 
 void DesktopProgram::Graph::endSession(CloseReason reason) {
+    if (protection.columnSwitch.isRunning()) {
+        // Its transaction must be undone first, which takes the return of whoever called us.
+        protection.columnSwitch.close();
+        QTimer::singleShot(0, &mainWindow, [this, reason] { endSession(reason); });
+        return;
+    }
     if (sessionEnd.requestClose(reason, AutoExit::None)) {
         QApplication::quit();
     }

@@ -4,12 +4,21 @@
 #include "protection_parts.h"
 
 #include <QApplication>
+#include <utility>
 
+#include "app/program_info.h"
 #include "app/system.h"
+#include "guard/sw_protect.h"
+#include "platform/user_folders.h"
 #include "ui/dlg_authentication.h"
+#include "ui/dlg_branch_manage.h"
+#include "ui/dlg_column_cryption.h"
+#include "ui/frm_main.h"
 
 namespace keeper {
 namespace {
+
+constexpr int kBranchAuthority = 11;
 
 /// In the table of open forms for as long as it stands.
 class FormOnShow {
@@ -31,7 +40,23 @@ class FormOnShow {
 ProtectionParts::ProtectionParts(const ProtectionPorts& ports)
     : m_ports(ports),
       secret({ports.prompt, ports.clock, ports.system, ports.sealed, ports.logs}),
-      authentication({ports.prompt, ports.system, secret, ports.fingerprints}) {}
+      authentication({ports.prompt, ports.system, secret, ports.fingerprints}),
+      columnCryption(ports.connection, ports.prompt, ports.eventLoop, ports.columnCryptor,
+                     ports.columnKey),
+      columnSwitch({ports.prompt, ports.clock, ports.system, ports.connection, secret, ports.logs,
+                    columnCryption}),
+      dispatcher({{ports.connection, ports.clock, ports.random, ports.prompt, ports.osInfo,
+                   ports.upgrades},
+                  ports.system,
+                  ports.fileCipher,
+                  ports.connecting},
+                 ports.folders.state + QStringLiteral("/morvane-keeper"), programVersion()),
+      branchCommands({ports.prompt, ports.clock, ports.osInfo, ports.guard, ports.logs,
+                      [this](int number) { return m_session.demandAuthority(number); },
+                      [this](const QString& path) { return dispatcher.Dispatch(path); },
+                      [this] { showGuard(); }, [this] { return m_ports.folders.documents; }}),
+      branchManage({ports.clock, ports.guard, ports.logs,
+                    [this](const QString& message) { tellLifetime(message); }}) {}
 
 Authentication::Result ProtectionParts::authenticate(Authentication::SecretType type) {
     authentication.load(type);
@@ -51,10 +76,62 @@ bool ProtectionParts::verifyFinger(QString& userName) {
     return authentication.result() == Authentication::Result::Verified;
 }
 
+void ProtectionParts::connectCommands(Session session) {
+    m_session = std::move(session);
+    MainActions& actions = m_ports.window.actions();
+    actions.carryOut(QStringLiteral("mn_columnCryption"), [this] { mn_columnCryption(); });
+    actions.carryOut(QStringLiteral("mn_confineBranch"),
+                     [this] { branchCommands.mn_confineBranch(); });
+    actions.carryOut(QStringLiteral("mn_switchMachine"),
+                     [this] { branchCommands.mn_switchMachine(); });
+    actions.carryOut(QStringLiteral("mn_branchManage"), [this] { mn_branchManage(); });
+    actions.carryOut(QStringLiteral("mn_dispatch"), [this] { branchCommands.mn_dispatch(); });
+}
+
+void ProtectionParts::showGuard() {
+    const SWProtect& guard = m_ports.guard;
+    const bool isConfined = guard.p_isBrchConfined();
+    m_ports.window.statusPanels().setPanel(
+        StatusPanel::DeadCount, isConfined
+                                    ? QStringLiteral("已限定登录机器")
+                                    : QStringLiteral("分机存活期：%1天").arg(guard.deadCount()));
+    m_ports.window.actions()
+        .action(QStringLiteral("mn_confineBranch"))
+        ->setText(isConfined ? QStringLiteral("解除本机限定(&B)")
+                             : QStringLiteral("限定本机登录(&B)"));
+}
+
 void ProtectionParts::showAuthentication() {
     dlgAuthentication form(authentication, m_ports.keyboard, QApplication::activeWindow());
     const FormOnShow shown(m_ports.system, form);
     form.run();
+}
+
+void ProtectionParts::mn_columnCryption() {
+    columnSwitch.load();
+    {
+        dlgColumnCryption form(columnSwitch, m_ports.keyboard, &m_ports.window);
+        const FormOnShow shown(m_ports.system, form);
+        form.exec();
+    }
+    if (columnSwitch.isUsedUp()) {
+        m_session.end();
+    }
+}
+
+void ProtectionParts::mn_branchManage() {
+    if (!m_session.demandAuthority(kBranchAuthority)) {
+        return;
+    }
+    branchManage.load();
+    dlgBranchManage form(branchManage, &m_ports.window);
+    const FormOnShow shown(m_ports.system, form);
+    form.exec();
+}
+
+void ProtectionParts::tellLifetime(const QString& message) {
+    showGuard();
+    m_ports.window.statusPanels().setPanel(StatusPanel::Message, message);
 }
 
 }  // namespace keeper

@@ -3,22 +3,44 @@
 
 #pragma once
 
+#include <functional>
+
 #include "guard/authentication.h"
+#include "guard/branch_commands.h"
+#include "guard/branch_manage.h"
+#include "guard/column_switch.h"
+#include "guard/dispatcher.h"
 #include "guard/independent_password.h"
 
 namespace keeper {
 
+class ColumnKey;
+class EventLoop;
 class KeyboardState;
+class frmMain;
+struct UserFolders;
 
 /// What the layers of protection take from the session; all outlive the parts.
 struct ProtectionPorts {
     Prompt& prompt;
-    const Clock& clock;
+    Clock& clock;
+    Random& random;
+    EventLoop& eventLoop;
+    const UserFolders& folders;
     System& system;
+    Database& connection;
     SealedDatabase& sealed;
     SysLogs& logs;
+    const ColumnKey& columnKey;
+    Cryptor3& columnCryptor;
+    Cryptor3& fileCipher;
+    ConnectingDisplay& connecting;
+    OSInfo& osInfo;
+    SWProtect& guard;
+    DatabaseUpgrades& upgrades;
     const KeyboardState& keyboard;
     FingerprintReader& fingerprints;
+    frmMain& window;
 };
 
 /// The object graph of the layers of protection within a session, and their forms.
@@ -30,18 +52,37 @@ class ProtectionParts {
     Authentication::Result authenticate(Authentication::SecretType type);
     /// Whether the session may read: with column encryption on, its password is asked for.
     bool unlockColumns();
-
     /// Waits for a finger of the desktop's user, in front of a session of `userName`.
     bool verifyFinger(QString& userName);
 
+    struct Session {
+        /// Whether the person may go on with the second-level authority of that number.
+        std::function<bool(int number)> demandAuthority;
+        /// The chances of the independent password are used up.
+        std::function<void()> end;
+    };
+    /// Gives the main window's commands their work.
+    void connectCommands(Session session);
+    /// Lifetime and confinement in the main window.
+    void showGuard();
+
   private:
     void showAuthentication();
+    void mn_columnCryption();
+    void mn_branchManage();
+    void tellLifetime(const QString& message);
 
     ProtectionPorts m_ports;
+    Session m_session;
 
   public:
     IndependentPassword secret;
     Authentication authentication;
+    ColumnCryption columnCryption;
+    ColumnSwitch columnSwitch;
+    Dispatcher dispatcher;
+    BranchCommands branchCommands;
+    BranchManage branchManage;
 };
 
 }  // namespace keeper

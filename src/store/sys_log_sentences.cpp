@@ -97,7 +97,8 @@ constexpr LogSentence kSentences[] = {
     {52, CountIs, 3, u"显示条目[{1}]【{2}】的密码"},
     {52, Always, 0, u"使用/复制/显示条目[{1}]【{2}】的密码"},
     {53, Always, 0, u"在分机【{1}】上交换主副机器；{addr}"},
-    {54, Always, 0, u"未定义状态"},
+    {54, ValuesEmpty, 0, u"未定义状态"},
+    {54, Always, 0, u"{1}"},
 };
 
 constexpr QStringView kMachine =

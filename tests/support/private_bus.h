@@ -30,10 +30,7 @@ class PrivateBus {
     }
     ~PrivateBus() {
         QDBusConnection::disconnectFromBus(m_name);
-        for (const auto& mock : m_mocks) {
-            mock->kill();
-            mock->waitForFinished();
-        }
+        stopMocks();
         m_daemon.kill();
         m_daemon.waitForFinished();
     }
@@ -60,6 +57,15 @@ class PrivateBus {
         ASSERT_TRUE(QTest::qWaitFor(
             [&] { return connection().interface()->isServiceRegistered(service).value(); },
             20'000));
+    }
+
+    /// All services die.
+    void stopMocks() {
+        for (const auto& mock : m_mocks) {
+            mock->kill();
+            mock->waitForFinished();
+        }
+        m_mocks.clear();
     }
 
     /// Lets a mocked object emit a signal.

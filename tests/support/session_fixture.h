@@ -17,6 +17,7 @@
 #include "app/users.h"
 #include "guard/login.h"
 #include "guard/os_info.h"
+#include "guard/session_column_key.h"
 #include "guard/session_connect.h"
 #include "guard/store_upgrades.h"
 #include "guard/sw_protect.h"
@@ -27,7 +28,6 @@
 #include "store/entries.h"
 #include "store/sys_logs.h"
 #include "support/fake_machine.h"
-#include "support/no_column_key.h"
 #include "support/temp_home.h"
 #include "support/vault.h"
 #include "workspace/session_end.h"
@@ -114,7 +114,7 @@ struct SessionProgram {
                           folders.state + QStringLiteral("/morvane-keeper")};
     FileOperator files{folders, clock, prompt, system};
     Destruction destruction{folders, users, prompt};
-    NoColumnKey columnKey;
+    SessionColumnKey columnKey{system};
     ColumnCipher columns{columnKey, cipher};
     StoreContext store{connection, prompt, clock, columns};
     SysLogs logs{store};

@@ -1,0 +1,123 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "ui/dlg_column_cryption.h"
+
+#include <QCheckBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "guard/column_switch.h"
+#include "ui/theme/icons.h"
+#include "ui/widgets/key_box.h"
+#include "ui/widgets/named.h"
+
+namespace keeper {
+namespace {
+
+constexpr int kLongestColumnPassword = 32;
+
+}  // namespace
+
+dlgColumnCryption::dlgColumnCryption(ColumnSwitch& logic, const KeyboardState& keyboard,
+                                     QWidget* parent)
+    : QDialog(parent), m_logic(logic), m_keyboard(keyboard) {
+    setObjectName(QStringLiteral("dlgColumnCryption"));
+    setWindowTitle(QStringLiteral("设置列级加密"));
+    setWindowIcon(programIcon());
+    build();
+    // Only a person clicks: what the state sets is no click.
+    connect(chkCryptionStatus, &QCheckBox::clicked, this,
+            [this] { m_logic.chkCryptionStatus(txtIdpPwd->text()); });
+    connect(txtIdpPwd, &KeyBox::returnPressed, chkCryptionStatus, &QCheckBox::click);
+    connect(cmdCancel, &QPushButton::clicked, this, [this] { m_logic.cmdCancel(); });
+    m_logic.changed = [this] { updateState(); };
+    m_logic.entryRefused = [this] {
+        txtIdpPwd->wipe();
+        txtIdpPwd->edit()->setFocus();
+    };
+    updateState();
+    txtIdpPwd->edit()->setFocus();
+}
+
+dlgColumnCryption::~dlgColumnCryption() {
+    m_logic.changed = nullptr;
+    m_logic.entryRefused = nullptr;
+}
+
+void dlgColumnCryption::build() {
+    const int unit = fontMetrics().height();
+    lblIllustration = named(new QLabel(this), "lblIllustration");
+    lblIllustration->setText(
+        ColumnSwitch::illustration().replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+
+    txtIdpPwd = new KeyBox(m_keyboard, QStringLiteral("独立密码"), this);
+    txtIdpPwd->setMaxLength(kLongestColumnPassword);
+    named(txtIdpPwd->edit(), "txtIdpPwd");
+    auto* label = new QLabel(QStringLiteral("独立密码(&P)："), this);
+    label->setBuddy(txtIdpPwd->edit());
+    // The box has a line of warnings below its edit: the label belongs to the edit.
+    label->setContentsMargins(0, unit / 2, 0, 0);
+    label->setAlignment(Qt::AlignRight | Qt::AlignTop);
+    auto* password = new QHBoxLayout;
+    password->addWidget(label);
+    password->addWidget(txtIdpPwd, 1);
+
+    chkCryptionStatus = named(new QCheckBox(this), "chkCryptionStatus");
+    chkCryptionStatus->setAccessibleDescription(lblIllustration->text());
+    pgbHandleState = named(new QProgressBar(this), "pgbHandleState");
+    pgbHandleState->setAccessibleName(QStringLiteral("进度"));
+    pgbHandleState->setRange(0, 100);
+    QSizePolicy policy = pgbHandleState->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    pgbHandleState->setSizePolicy(policy);
+    cmdCancel = named(new QPushButton(this), "cmdCancel");
+    cmdCancel->setAutoDefault(false);
+    auto* commands = new QHBoxLayout;
+    commands->addWidget(pgbHandleState, 1);
+    commands->addWidget(cmdCancel);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(unit, unit, unit, unit);
+    layout->setSpacing(unit);
+    layout->addWidget(lblIllustration);
+    layout->addLayout(password);
+    layout->addWidget(chkCryptionStatus);
+    layout->addLayout(commands);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+void dlgColumnCryption::updateState() {
+    const ColumnSwitch::State& state = m_logic.state();
+    if (m_logic.isClosed()) {
+        txtIdpPwd->wipe();
+        accept();
+        return;
+    }
+    chkCryptionStatus->setChecked(state.isOn);
+    chkCryptionStatus->setText(state.caption);
+    chkCryptionStatus->setEnabled(!state.isRunning);
+    txtIdpPwd->setEnabled(!state.isRunning);
+    pgbHandleState->setVisible(state.isRunning);
+    pgbHandleState->setValue(state.percent);
+    cmdCancel->setText(state.isRunning ? QStringLiteral("停止(&S)") : QStringLiteral("关闭(&C)"));
+    cmdCancel->setEnabled(!state.isStopping);
+}
+
+void dlgColumnCryption::closeForm() {
+    m_logic.close();
+}
+
+void dlgColumnCryption::activateForm() {
+    raise();
+    activateWindow();
+}
+
+void dlgColumnCryption::reject() {
+    m_logic.cmdCancel();
+}
+
+}  // namespace keeper
