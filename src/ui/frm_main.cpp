@@ -95,12 +95,13 @@ void frmMain::buildToolbar() {
     add("mn_cancel", QStringLiteral("取　消"));
     add("mn_delete", QStringLiteral("删　除"));
     m_toolbar->addSeparator();
+    add("mn_find", QStringLiteral("查　找"));
+    add("mn_refreshMain", QStringLiteral("刷　新"));
+    m_toolbar->addSeparator();
     add("mn_activate", QStringLiteral("打　开"));
     add("AddBookmark", QStringLiteral("书　签"), {"AddBookmark", "RemoveBookmark"});
     add("mn_safeCryption", QStringLiteral("加　密"), {"mn_fastCryption", "mn_safeCryption"});
     m_toolbar->addSeparator();
-    add("mn_refreshMain", QStringLiteral("刷　新"));
-    add("mn_find", QStringLiteral("查　找"));
     add("mn_clearBuffer", QStringLiteral("清　空"));
     add("mn_switchOneKeyMode", QStringLiteral("一　键"));
 }
