@@ -21,11 +21,15 @@ struct CommandName {
     Command command;
 };
 
-constexpr std::array<CommandName, 5> kCommands = {{{u"encrypt", Command::Encrypt},
+constexpr std::array<CommandName, 9> kCommands = {{{u"encrypt", Command::Encrypt},
                                                    {u"decrypt", Command::Decrypt},
                                                    {u"encrypt-text", Command::EncryptText},
                                                    {u"decrypt-text", Command::DecryptText},
-                                                   {u"digest", Command::Digest}}};
+                                                   {u"digest", Command::Digest},
+                                                   {u"users", Command::Users},
+                                                   {u"ls", Command::Ls},
+                                                   {u"info", Command::Info},
+                                                   {u"verify", Command::Verify}}};
 
 bool isFileCommand(Command command) {
     return command == Command::Encrypt || command == Command::Decrypt;
@@ -33,6 +37,15 @@ bool isFileCommand(Command command) {
 
 bool isTextCommand(Command command) {
     return command == Command::EncryptText || command == Command::DecryptText;
+}
+
+bool takesKey(Command command) {
+    return isFileCommand(command) || isTextCommand(command) || command == Command::Ls ||
+           command == Command::Verify;
+}
+
+bool takesDatabase(Command command) {
+    return command == Command::Ls || command == Command::Info || command == Command::Verify;
 }
 
 /// Walks the words once: options anywhere, "--option=value" as well as two words, "--" ends them.
@@ -125,7 +138,7 @@ void Parser::takeOption(const QString& word) {
             wrongUsage(QStringLiteral("没有摘要算法 %1，可选 md5 或 sha1").arg(name));
         }
         m_result.algorithm = name == u"md5" ? Algorithm::Md5 : Algorithm::Sha1;
-    } else if (option == u"--key-file" && (isFileCommand(command) || isTextCommand(command))) {
+    } else if (option == u"--key-file" && takesKey(command)) {
         m_result.keyFile = value(option, attached);
     } else if (option == u"--delete-source" && !attached && isFileCommand(command)) {
         m_result.deleteSource = true;
@@ -148,6 +161,10 @@ void Parser::check() {
     } else if (command == Command::Digest) {
         if (m_result.paths.isEmpty()) {
             wrongUsage(QStringLiteral("缺少文件"));
+        }
+    } else if (takesDatabase(command)) {
+        if (m_result.paths.size() != 1) {
+            wrongUsage(QStringLiteral("需要一个密码数据库的路径"));
         }
     } else if (!m_result.paths.isEmpty()) {
         wrongUsage(QStringLiteral("多余的参数 %1").arg(m_result.paths.first()));
@@ -185,6 +202,10 @@ QString usageText() {
         "  morvane-cli encrypt-text [--key-file FILE]\n"
         "  morvane-cli decrypt-text [--key-file FILE]\n"
         "  morvane-cli digest [--algorithm md5|sha1] FILE...\n"
+        "  morvane-cli users\n"
+        "  morvane-cli ls [--key-file FILE] DATABASE.kvdb\n"
+        "  morvane-cli info DATABASE.kvdb\n"
+        "  morvane-cli verify [--key-file FILE] DATABASE.kvdb\n"
         "  morvane-cli --help | --version\n"
         "\n"
         "  --cipher         算法；不给出时由密文文件的结尾 .aes 或 .xor 决定\n"
@@ -194,6 +215,10 @@ QString usageText() {
         "  --delete-source  成功后删除源文件（xor 总是删除）\n"
         "  --force          覆盖已有的目标文件\n"
         "  --algorithm      摘要算法，默认 md5\n"
+        "  users            本机的用户；默认用户前有 *\n"
+        "  ls               每个条目的编号、类别和标题，不含任何密码\n"
+        "  info             不需要密钥就能知道的情况\n"
+        "  verify           检查密码数据库，不作任何改动，也不计入登录尝试次数\n"
         "  encrypt-text 的文本至多 16 MiB；md5 的文件至多 256 MiB\n"
         "\n"
         "退出状态：0 完成；1 失败；2 用法错误；130 被 Ctrl-C 中断。\n");

@@ -9,7 +9,19 @@
 
 namespace keeper::cli {
 
-enum class Command { Help, Version, Encrypt, Decrypt, EncryptText, DecryptText, Digest };
+enum class Command {
+    Help,
+    Version,
+    Encrypt,
+    Decrypt,
+    EncryptText,
+    DecryptText,
+    Digest,
+    Users,
+    Ls,
+    Info,
+    Verify
+};
 enum class Cipher { Aes, Xor };
 enum class Algorithm { Md5, Sha1 };
 
@@ -22,7 +34,7 @@ struct Arguments {
     std::optional<QString> keyFile;
     bool deleteSource = false;
     bool force = false;
-    /// Source and target of a file command, the files of a digest.
+    /// Source and target of a file command, the files of a digest, the database of a look.
     QStringList paths;
 };
 

@@ -37,6 +37,23 @@ void writeAll(int descriptor, const QByteArray& bytes) {
     }
 }
 
+void printLines(const QStringList& lines) {
+    QByteArray bytes;
+    for (const QString& line : lines) {
+        bytes += line.toUtf8() + '\n';
+    }
+    writeAll(STDOUT_FILENO, bytes);
+}
+
+QString printable(QString text) {
+    for (QChar& unit : text) {
+        if (unit.category() == QChar::Other_Control) {
+            unit = u' ';
+        }
+    }
+    return text;
+}
+
 QByteArray readAll(int descriptor, const QString& name, qsizetype limit, SignalWatch& signalWatch) {
     QByteArray content;
     const auto fail = [&content](int status, const QString& message = {}) {

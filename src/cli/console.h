@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <exception>
 #include <optional>
 
@@ -33,6 +34,11 @@ class Exit : public std::exception {
 void printError(const QString& message);
 /// Writes all of it to a descriptor as UTF-8; Exit 1 when that fails.
 void writeAll(int descriptor, const QByteArray& bytes);
+/// The lines on standard output.
+void printLines(const QStringList& lines);
+/// A text of a file's or a person's making as part of a line: nothing in it ends the line or speaks
+/// to the terminal.
+[[nodiscard]] QString printable(QString text);
 /// Everything up to the end of the descriptor; Exit 1 when that fails or passes `limit` bytes,
 /// 128 and its number when a signal comes first.
 [[nodiscard]] QByteArray readAll(int descriptor, const QString& name, qsizetype limit,

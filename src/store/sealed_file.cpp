@@ -90,6 +90,15 @@ bool hasPageOfZeros(const QString& path) {
     return false;
 }
 
+/// The pages of a sealed file by its size: whole ones, and the one block behind them.
+std::optional<std::int64_t> pagesIn(std::int64_t size, std::int64_t block) {
+    const std::int64_t pageSize = DatabaseOptions{}.pageSize;
+    if (size <= block || (size - block) % pageSize != 0) {
+        return std::nullopt;
+    }
+    return (size - block) / pageSize;
+}
+
 /// A database is whole pages and pages are whole blocks, so the one block behind them is always the
 /// enciphered block of zeros. It proves the key, and it is the only place of a sealed file that the
 /// authentication codes of the pages do not reach.
@@ -99,7 +108,7 @@ UnsealResult endOf(Cryptor3& cipher, const QString& path, const QString& key) {
     const UniqueFd file = openFile(path, O_RDONLY);
     const std::int64_t size = sizeOf(file, path);
     const auto block = static_cast<std::int64_t>(blockSize);
-    if (size <= block || (size - block) % DatabaseOptions{}.pageSize != 0) {
+    if (!pagesIn(size, block)) {
         return UnsealResult::Malformed;
     }
     std::vector<std::uint8_t> last(blockSize);
@@ -208,6 +217,13 @@ UnsealResult unsealFile(Cryptor3& cipher, const QString& source, const QString& 
     }
     made.keep();
     return UnsealResult::Done;
+}
+
+std::optional<std::int64_t> pagesOfSealedFile(const QString& path) {
+    // The key of a sealed file has as many bits as the widest block.
+    constexpr std::int64_t kBlock = 32;
+    const auto pages = pagesIn(sizeOf(openFile(path, O_RDONLY), path), kBlock);
+    return hasPageOfZeros(path) ? std::nullopt : pages;
 }
 
 void unsealFirstPage(Cryptor3& cipher, const QString& source, const QString& target,

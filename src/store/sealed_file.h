@@ -4,6 +4,8 @@
 #pragma once
 
 #include <QString>
+#include <cstdint>
+#include <optional>
 
 namespace keeper {
 
@@ -51,6 +53,10 @@ void sealFile(Cryptor3& cipher, const QString& source, const QString& target, co
 /// Throws std::system_error when the source cannot be read.
 [[nodiscard]] UnsealResult unsealFile(Cryptor3& cipher, const QString& source,
                                       const QString& target, const QString& key);
+
+/// What can be told of a sealed file without its key: the number of its pages, or nothing for one
+/// that no key makes. Throws std::system_error.
+[[nodiscard]] std::optional<std::int64_t> pagesOfSealedFile(const QString& path);
 
 /// Deciphers the first page of the database in `source` into the new file `target` (mode 0600),
 /// whatever the rest is like. Throws std::system_error.

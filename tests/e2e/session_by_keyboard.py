@@ -71,8 +71,32 @@ def check_sealed_file(desk, cli):
             check(KEY.encode() not in path.read_bytes(), f"no key in clear in {path.name}")
 
 
+def look_with_the_companion(desk, cli):
+    """What morvane-cli tells of the database; nothing in the home may change by it."""
+
+    def tell(*words, key=KEY):
+        return subprocess.run([cli, *words], env=desk.env, input=key.encode(), capture_output=True, timeout=60)
+
+    torn = desk.home / "torn.kvdb"
+    torn.write_bytes(desk.sealed.read_bytes()[:-5000])
+    before = {path: path.read_bytes() for path in desk.home.rglob("*") if path.is_file()}
+    check(tell("users").stdout.decode() == f"* Alice\t{desk.sealed}\n", "users names Alice and her database")
+    told = tell("info", str(desk.sealed))
+    check(told.returncode == 0 and "登录尝试机会：10\n" in told.stdout.decode(), f"info: {told}")
+    check(tell("info", str(torn)).returncode == 1, "info refuses a torn file")
+    told = tell("verify", "--key-file", "-", str(desk.sealed))
+    check(told.returncode == 0 and "保护：可以在本机登录（原新建机器）\n" in told.stdout.decode(), f"verify: {told}")
+    for command, path, key in (("verify", desk.sealed, "abc123-x"), ("ls", desk.sealed, KEY + " "), ("verify", torn, KEY)):
+        told = tell(command, "--key-file", "-", str(path), key=key)
+        check(told.returncode == 1 and not told.stdout and told.stderr.count(b"\n") == 1, f"{command}: {told}")
+    told = tell("ls", "--key-file", "-", str(desk.sealed))
+    check(told.returncode == 0 and not told.stderr, f"ls: {told}")
+    check(before == {path: path.read_bytes() for path in desk.home.rglob("*") if path.is_file()}, "a look changes nothing")
+
+
 with Desktop(sys.argv[1]) as desk:
     make_user(desk)
     crash_and_recover(desk, log_in_after_a_wrong_key(desk))
     check_sealed_file(desk, sys.argv[2])
+    look_with_the_companion(desk, sys.argv[2])
 print("ok")

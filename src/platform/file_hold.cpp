@@ -1,0 +1,41 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "platform/file_hold.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <QFile>
+#include <cerrno>
+
+namespace keeper {
+namespace {
+
+/// Not valid for a file that cannot be opened; `isHeld` tells one that somebody else holds.
+UniqueFd claimed(const QString& path, bool& isHeld) {
+    UniqueFd file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    isHeld = file.isValid() && ::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    return file;
+}
+
+}  // namespace
+
+bool FileHold::take(const QString& path) {
+    release();
+    bool isHeld = false;
+    UniqueFd file = claimed(path, isHeld);
+    if (isHeld || !file.isValid()) {
+        return false;
+    }
+    m_file = std::move(file);
+    return true;
+}
+
+bool isFileHeld(const QString& path) {
+    bool isHeld = false;
+    static_cast<void>(claimed(path, isHeld));
+    return isHeld;
+}
+
+}  // namespace keeper
