@@ -3,11 +3,7 @@
 
 #include "guard/login.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-
 #include <QFileInfo>
-#include <cerrno>
 #include <utility>
 
 #include "app/file_operator.h"
@@ -17,8 +13,8 @@
 #include "app/users.h"
 #include "crypto/secure_wipe.h"
 #include "platform/clock.h"
+#include "platform/file_hold.h"
 #include "platform/prompt.h"
-#include "platform/unique_fd.h"
 #include "store/failure.h"
 #include "store/time_text.h"
 
@@ -29,13 +25,6 @@ constexpr qint64 kBanSeconds = 86'400;
 /// As in the settings of a new database.
 constexpr std::int16_t kChancesOfUnknown = 10;
 const QString kExtension = QStringLiteral(".kvdb");
-
-/// Whether another program holds a lock on the file. A file that cannot be opened at all counts as
-/// held, as nothing could be unsealed from it either.
-bool isHeldByAnother(const QString& path) {
-    const UniqueFd file(::open(path.toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC));
-    return !file.isValid() || ::flock(file.get(), LOCK_EX | LOCK_NB) != 0;
-}
 
 }  // namespace
 
@@ -181,7 +170,7 @@ void Login::OnLoginClicked() {
         notify();
         return;
     }
-    if (!CheckValid()) {
+    if (!CheckValid() || !acceptsBlindTest()) {
         return;
     }
     if (VerifyTypedKey()) {
@@ -207,6 +196,15 @@ void Login::OnLoginClicked() {
     m_state.keyToolTip.clear();
     ShowChances();
     notify();
+}
+
+bool Login::acceptsBlindTest() {
+    return m_user->p_remLgnKey() || !m_user->p_hashLgnKey().isEmpty() ||
+           m_ports.prompt.messageBox(
+               QStringLiteral("本机没有登录过这个密码数据库，无法预先核对密钥。\r\n"
+                              "密钥错误时，密码数据库及私人文件夹会被紧急销毁。"
+                              "请确认已有备份，确定用刚才输入的密钥登录吗？"),
+               Prompt::Icon::Exclamation, Prompt::Buttons::YesNo) == Prompt::Answer::Yes;
 }
 
 bool Login::VerifyTypedKey() {
@@ -239,7 +237,7 @@ bool Login::CheckValid() {
             if (m_mirror.isEmpty() && m_state.keyText.isEmpty()) {
                 return refuse(QStringLiteral("您忘记输入密钥了！"));
             }
-            if (isHeldByAnother(path)) {
+            if (!QFileInfo(path).isReadable() || isFileHeld(path)) {
                 return refuse(QStringLiteral("[%1]:该密码数据库已被占用！").arg(path));
             }
             return true;

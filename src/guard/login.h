@@ -122,6 +122,9 @@ class Login {
     [[nodiscard]] bool attemptsAreUsedUp() const;
     /// A finger stands for the remembered key, so there must be one.
     [[nodiscard]] bool offersFingerprint() const;
+    /// A machine without a hash tests the key by unsealing, which destroys under a wrong one: the
+    /// person must know before.
+    [[nodiscard]] bool acceptsBlindTest();
     void takeStartFolder();
     /// Row of the user of that name, who is added for this run when this machine does not know it.
     int userAt(const QString& name, const QString& folder);

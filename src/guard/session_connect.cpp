@@ -82,10 +82,18 @@ bool SessionConnect::ConnectDatabase(bool& resumed) {
                                   QStringLiteral("未知错误"));
         abandon(resumed);
     }
+    m_ports.database.ReleaseSealedFile();
     return false;
 }
 
 void SessionConnect::open(bool& resumed) {
+    if (!m_ports.database.HoldSealedFile()) {
+        // Taken since the login form looked.
+        m_ports.prompt.messageBox(
+            QStringLiteral("[%1]:该密码数据库已被占用！").arg(m_ports.database.p_kvdbFile()),
+            Prompt::Icon::Exclamation);
+        throw Told{};
+    }
     const QString path = m_ports.system.user().p_activeFile();
     resumed = !path.isEmpty() && QFileInfo(path).isFile();
     if (resumed) {
@@ -248,8 +256,16 @@ void SessionConnect::handle(std::int32_t number, const QString& source, const QS
             reseal();
             icon = Prompt::Icon::Exclamation;
             break;
-        case GuardVerdict::kWrongVersion:
         case kNotConnected:
+            if (resumed) {
+                // Never opened, so there is nothing to seal; the copy waits for a better moment.
+                abandon(resumed);
+            } else {
+                reseal();
+            }
+            icon = Prompt::Icon::Exclamation;
+            break;
+        case GuardVerdict::kWrongVersion:
             reseal();
             icon = Prompt::Icon::Exclamation;
             break;

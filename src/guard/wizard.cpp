@@ -237,6 +237,8 @@ void Wizard::build() {
                                     system.p_kvdbFile())) {
         fail(QStringLiteral("创建"), QStringLiteral("写入新密码数据库失败！"));
     }
+    // Nobody else can know of the file yet.
+    m_ports.database.HoldSealedFile();
     QString password = SealedDatabase::GetAccessDBSec(false, m_state.loginKey);
     const WipeGuard wipePassword(password);
     if (!m_ports.database.ConnAccess(password, message)) {

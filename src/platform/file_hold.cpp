@@ -25,11 +25,10 @@ bool FileHold::take(const QString& path) {
     release();
     bool isHeld = false;
     UniqueFd file = claimed(path, isHeld);
-    if (isHeld || !file.isValid()) {
-        return false;
+    if (!isHeld) {
+        m_file = std::move(file);
     }
-    m_file = std::move(file);
-    return true;
+    return !isHeld;
 }
 
 bool isFileHeld(const QString& path) {

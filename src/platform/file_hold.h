@@ -13,8 +13,9 @@ namespace keeper {
 /// ends with the object or the process. A file that takes the place of the held one is not held.
 class FileHold {
   public:
-    /// Claims the file at `path`, or drops the claim for the new one. False when another program
-    /// has it, or when it cannot be opened; a file system without locks lets everybody through.
+    /// Claims the file at `path` and drops an earlier claim. False when another program has it. A
+    /// file that cannot be opened is not claimed, and a file system without locks lets everybody
+    /// through.
     bool take(const QString& path);
     void release() { m_file = UniqueFd(); }
 

@@ -437,6 +437,9 @@ bool SealedDatabase::seal(bool scheme, const QString& key, const QString& target
                           QStringLiteral("数据库已损坏，未作加密，原文件保持不变。"));
     }
     sealFile(m_cipher, m_tmpFile, target.isEmpty() ? p_kvdbFile() : target, key, m_random);
+    if (target.isEmpty()) {
+        ReleaseSealedFile();
+    }
     if (target.isEmpty() && !removeWorkingCopy()) {
         refuseRemoval(m_tmpFile);
     }
@@ -514,6 +517,10 @@ bool SealedDatabase::CompactDB(bool scheme) {
         }
         return true;
     });
+}
+
+bool SealedDatabase::HoldSealedFile() {
+    return m_hold.take(p_kvdbFile());
 }
 
 void SealedDatabase::GetResumeTempFile(const QString& path) {

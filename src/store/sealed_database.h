@@ -7,6 +7,7 @@
 #include <QString>
 #include <functional>
 
+#include "platform/file_hold.h"
 #include "platform/unique_fd.h"
 #include "store/connecting_display.h"
 #include "store/key_chain.h"
@@ -85,6 +86,12 @@ class SealedDatabase {
     /// one stands and is open where that is possible.
     bool CompactDB(bool scheme);
 
+    /// Claims p_kvdbFile for this session, so that no other program logs in to it: the one that is
+    /// sealed last would undo the other's work. False when another program has it. The claim ends
+    /// when the session is sealed into the file.
+    bool HoldSealedFile();
+    void ReleaseSealedFile() { m_hold.release(); }
+
     /// Takes up the working copy that a crash left behind.
     void GetResumeTempFile(const QString& path);
     /// The session has begun and will write: from now on the working copy outlives a crash. Before,
@@ -124,6 +131,7 @@ class SealedDatabase {
     QString m_tmpFile;
     /// Locked file PATH OF THE COPY.fresh, as long as the copy may be deleted without loss.
     UniqueFd m_freshMark;
+    FileHold m_hold;
     Origin m_origin = Origin::None;
     bool m_wasConnected = false;
     Trouble m_trouble = Trouble::None;

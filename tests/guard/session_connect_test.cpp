@@ -202,11 +202,17 @@ TEST_F(ConnectTest, AnAbnormalEndIsHealedByTheWorkingCopy) {
     EXPECT_EQ(program->logged(54), 1);
 }
 
-TEST_F(ConnectTest, AWorkingCopyInUseIsLeftToItsHolder) {
+TEST_F(ConnectTest, ADatabaseInUseIsLeftToItsHolder) {
     const auto first = std::move(program);
     restart();
     EXPECT_FALSE(program->enter(key));
-    EXPECT_TRUE(lastText().startsWith(QStringLiteral("[8]")));
+    EXPECT_EQ(prompt.takeTexts(),
+              QStringList{QStringLiteral("[%1]:该密码数据库已被占用！").arg(sealedFile)});
+    program->login.load();
+    first->sealed.ReleaseSealedFile();
+    EXPECT_FALSE(program->enter(key));
+    EXPECT_TRUE(prompt.boxes.at(0).text.startsWith(QStringLiteral("[8]")));
+    EXPECT_EQ(prompt.takeTexts().size(), 1);
     EXPECT_TRUE(QFileInfo::exists(first->system.p_tmpFile()));
     EXPECT_TRUE(stored());
     EXPECT_TRUE(first->leave());
