@@ -48,6 +48,10 @@ class Desktop:
         self._manager = subprocess.Popen(
             ["openbox"], env=self.env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL
         )
+        # A window that comes while the manager starts is left lying; an answered wish shows that it works.
+        self.wait_for(
+            lambda: self.x("set_num_desktops", "2") or self.x("get_num_desktops") == "2", "the window manager"
+        )
         return self
 
     def __exit__(self, *_):
@@ -65,7 +69,7 @@ class Desktop:
             time.sleep(0.1)
         if "KEEPER_E2E_PICTURE" in os.environ:
             subprocess.run(["import", "-window", "root", os.environ["KEEPER_E2E_PICTURE"]], env=self.env)
-        sys.exit(f"gave up waiting for: {what}; active window: {self.active_title()!r}")
+        sys.exit(f"gave up waiting for: {what}; active window: {self.active_title()!r}; X server: {self._server.poll() or 'runs'}")
 
     def x(self, *words):
         return subprocess.run(["xdotool", *words], env=self.env, capture_output=True, text=True).stdout.strip()
