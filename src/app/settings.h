@@ -62,6 +62,8 @@ class Settings {
 
     /// Keeps the digest of a new independent password; the empty one switches it off.
     void SetHashIdpPwd(const QString& password);
+    /// Takes a change back whose writing failed.
+    void RestoreIdpPwdHashCode(const QString& digest) { m_rows.texts.row(3) = digest; }
 
     /// Called with each new hint of the login key, for the record of the user.
     std::function<void(const QString&)> onLgnKeyTip;
