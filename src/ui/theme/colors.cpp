@@ -9,6 +9,8 @@ QColor themeColor(ThemeColor role, bool isDark) {
     switch (role) {
         case ThemeColor::Accent:
             return isDark ? QColor(0x4fb8aa) : QColor(0x1d7a70);
+        case ThemeColor::Info:
+            return isDark ? QColor(0x74aef0) : QColor(0x2563b8);
         case ThemeColor::Good:
             return isDark ? QColor(0x6cc28a) : QColor(0x1f7a45);
         case ThemeColor::Warning:

@@ -9,7 +9,7 @@
 namespace keeper {
 
 /// Colours with a meaning, beyond those that a palette has.
-enum class ThemeColor { Accent, Good, Warning, Danger, Border, Muted };
+enum class ThemeColor { Accent, Info, Good, Warning, Danger, Border, Muted };
 
 [[nodiscard]] QColor themeColor(ThemeColor role, bool isDark);
 /// Contrast of text on its ground is at least 4.5 : 1 in both palettes, disabled text excepted.

@@ -38,6 +38,8 @@ class KeyBox final : public QWidget {
     /// Tool tip of the edit alone, such as a person's own hint for the key.
     void setHint(const QString& hint) { m_edit->setToolTip(hint); }
     void setShown(bool isShown);
+    /// For texts that mostly are Chinese.
+    void setInputMethodAllowed(bool isAllowed) { m_language->setChecked(isAllowed); }
     /// Without the button a stored key cannot be brought to light.
     void setShowButtonVisible(bool isVisible) { m_show->setVisible(isVisible); }
     void selectAll() { m_edit->selectAll(); }

@@ -35,9 +35,10 @@ void StrengthMeter::setStrength(int value, const QString& text) {
 
 void StrengthMeter::applyColor() {
     const int value = prgbStrength->value();
-    const ThemeColor role = value < 34   ? ThemeColor::Danger
-                            : value < 67 ? ThemeColor::Warning
-                                         : ThemeColor::Good;
+    const ThemeColor role = value <= 25   ? ThemeColor::Danger
+                            : value <= 50 ? ThemeColor::Warning
+                            : value <= 75 ? ThemeColor::Info
+                                          : ThemeColor::Good;
     QPalette colors = palette();
     colors.setColor(QPalette::Highlight, themeColor(role, isDarkPalette(colors)));
     prgbStrength->setPalette(colors);

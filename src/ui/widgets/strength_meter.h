@@ -9,7 +9,7 @@
 
 namespace keeper {
 
-/// Shows how strong a secret is: a bar that goes from red over amber to green, and words. What
+/// Shows how strong a secret is: a bar in quarters that goes from red over amber and blue to green, and words. What
 /// counts as strong is decided elsewhere.
 class StrengthMeter final : public QWidget {
     Q_OBJECT

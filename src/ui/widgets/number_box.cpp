@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "ui/widgets/number_box.h"
+
+#include <QLineEdit>
+#include <algorithm>
+#include <utility>
+
+namespace keeper {
+
+NumberBox::NumberBox(QWidget* parent) : QSpinBox(parent) {
+    connect(lineEdit(), &QLineEdit::textChanged, this, &NumberBox::typed);
+    connect(this, &QSpinBox::editingFinished, this, [this] {
+        if (std::exchange(m_isUnfinished, false)) {
+            Q_EMIT leftUnfinished();
+        }
+    });
+}
+
+QValidator::State NumberBox::validate(QString& text, int& /*position*/) const {
+    const bool isDigits =
+        std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c >= u'0' && c <= u'9'; });
+    if (!isDigits) {
+        return QValidator::Invalid;
+    }
+    bool isNumber = false;
+    const int number = text.toInt(&isNumber);
+    return isNumber && number >= minimum() && number <= maximum() ? QValidator::Acceptable
+                                                                  : QValidator::Intermediate;
+}
+
+void NumberBox::fixup(QString& text) const {
+    // An empty box is just filled again.
+    m_isUnfinished = !text.isEmpty();
+    QSpinBox::fixup(text);
+}
+
+}  // namespace keeper

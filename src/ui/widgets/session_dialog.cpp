@@ -1,0 +1,47 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "ui/widgets/session_dialog.h"
+
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "ui/theme/icons.h"
+#include "ui/widgets/named.h"
+
+namespace keeper {
+
+SessionDialog::SessionDialog(const char* name, QWidget* parent) : QDialog(parent) {
+    setObjectName(QString::fromLatin1(name));
+    setWindowIcon(programIcon());
+}
+
+void SessionDialog::activateForm() {
+    raise();
+    activateWindow();
+}
+
+QBoxLayout* SessionDialog::makeLayout() {
+    const int unit = fontMetrics().height();
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(unit, unit, unit, unit);
+    layout->setSpacing(unit * 2 / 3);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    return layout;
+}
+
+QBoxLayout* SessionDialog::makeCommands(const QString& okText, const QString& cancelText) {
+    cmdOK = named(new QPushButton(okText, this), "cmdOK");
+    cmdOK->setDefault(true);
+    cmdCancel = named(new QPushButton(cancelText, this), "cmdCancel");
+    cmdCancel->setAutoDefault(false);
+    connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
+    auto* row = new QHBoxLayout;
+    row->addStretch();
+    row->addWidget(cmdOK);
+    row->addWidget(cmdCancel);
+    return row;
+}
+
+}  // namespace keeper

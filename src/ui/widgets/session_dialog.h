@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <QDialog>
+#include <QString>
+
+#include "app/open_forms.h"
+
+class QBoxLayout;
+class QPushButton;
+
+namespace keeper {
+
+/// A modal dialog of a session: it can stand in the table of open forms, where a lock and the end
+/// of the session close it.
+class SessionDialog : public QDialog, public OpenForm {
+    Q_OBJECT
+
+  public:
+    /// `name` is the row of the table of open forms, too.
+    SessionDialog(const char* name, QWidget* parent);
+
+    [[nodiscard]] QString formName() const override { return objectName(); }
+    void closeForm() override { reject(); }
+    void activateForm() override;
+
+  protected:
+    /// The dialog's layout, with the margins that all have; its size is fixed by its content.
+    QBoxLayout* makeLayout();
+    /// A row with OK, which Enter presses, and Cancel at its right end.
+    QBoxLayout* makeCommands(const QString& okText, const QString& cancelText);
+    QPushButton* cmdOK = nullptr;
+    QPushButton* cmdCancel = nullptr;
+};
+
+}  // namespace keeper
