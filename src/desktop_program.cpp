@@ -17,6 +17,7 @@
 #include "app/users.h"
 #include "crypto/cipher_self_test.h"
 #include "crypto/cryptor3.h"
+#include "guard/authority_gate.h"
 #include "guard/login.h"
 #include "guard/os_info.h"
 #include "guard/session_column_key.h"
@@ -36,6 +37,7 @@
 #include "platform/linux/x11_keyboard_state.h"
 #include "platform/random.h"
 #include "protection_parts.h"
+#include "secret_parts.h"
 #include "store/column_cipher.h"
 #include "store/companions.h"
 #include "store/cryptor_host_adapter.h"
@@ -58,20 +60,6 @@
 namespace keeper {
 namespace {
 
-/// Sensitive commands ask for the independent password; a user without one is asked nothing.
-class IndependentPasswordGate final : public AuthorityGate {
-  public:
-    explicit IndependentPasswordGate(ProtectionParts& protection) : m_protection(protection) {}
-    bool CheckAuthority(bool isNeeded) override {
-        return !isNeeded || m_protection.secret.IsIdpPwdNull() ||
-               m_protection.authenticate(Authentication::SecretType::IndependentPassword) ==
-                   Authentication::Result::Verified;
-    }
-
-  private:
-    ProtectionParts& m_protection;
-};
-
 // Keys of the tray's menu.
 const QString kShowMain = QStringLiteral("mn_trayMainInterface");
 const QString kExit = QStringLiteral("mn_trayExit");
@@ -87,7 +75,8 @@ struct DesktopProgram::Graph {
     void connectSession();
     void startWorkspace();
     void startSession();
-    void endSession(CloseReason reason);
+    void endSession(CloseReason reason, AutoExit autoExit = AutoExit::None);
+    void endSessionSoon();
     void tellRunTime();
 
     UserFolders folders = UserFolders::ofSystem();
@@ -138,6 +127,7 @@ struct DesktopProgram::Graph {
     Wizard wizard;
 
     IndependentPasswordGate gate;
+    SecretParts secrets;
     WorkspaceParts parts;
     SessionWindows windows;
     SessionEnd sessionEnd;
@@ -179,7 +169,13 @@ DesktopProgram::Graph::Graph(QApplication& application)
             destruction, [this] { return protection.unlockColumns(); }}),
       login(loginPorts()),
       wizard({prompt, clock, random, system, sealed, guard, fils, users, regedit}),
-      gate(protection),
+      gate({system.settings(), sealed,
+            [this] {
+                return protection.authenticate(Authentication::SecretType::IndependentPassword);
+            },
+            [this] { endSessionSoon(); }}),
+      secrets(
+          {prompt, clock, system, connection, sealed, logs, keyboard, mainWindow.statusPanels()}),
       parts({prompt, clock, system, store, files, entries, programs, fils, logs, gate, beeper,
              mainWindow}),
       windows(login, wizard, keyboard, mainWindow),
@@ -249,9 +245,9 @@ void DesktopProgram::Graph::connectSession() {
                        parts.pane,
                        parts.disposal,
                        parts.size});
-    protection.connectCommands(
-        {[this](int number) { return gate.CheckAuthority(system.GetAuthority(number - 1) != 0); },
-         [this] { endSession(CloseReason::Program); }});
+    protection.connectCommands({[this](int number) { return gate.demandAuthority(number); },
+                                [this] { endSessionSoon(); }});
+    secrets.carryOut(mainWindow.actions());
     windows.setBeforeMain([this] { startWorkspace(); });
     QObject::connect(&tmrRunTime, &QTimer::timeout, &mainWindow, [this] {
         sessionEnd.tick();
@@ -307,18 +303,31 @@ void DesktopProgram::Graph::startSession() {
     tray.setVisible(true);
     tmrRunTime.start();
     tellRunTime();
+    // Inside the event loop, which alone can end the session.
+    QTimer::singleShot(0, &mainWindow, [this] {
+        if (!secrets.age.checkAll()) {
+            endSession(CloseReason::Program);
+        }
+    });
 }
 
-void DesktopProgram::Graph::endSession(CloseReason reason) {
+void DesktopProgram::Graph::endSession(CloseReason reason, AutoExit autoExit) {
     if (protection.columnSwitch.isRunning()) {
         // Its transaction must be undone first, which takes the return of whoever called us.
         protection.columnSwitch.close();
-        QTimer::singleShot(0, &mainWindow, [this, reason] { endSession(reason); });
+        QTimer::singleShot(0, &mainWindow,
+                           [this, reason, autoExit] { endSession(reason, autoExit); });
         return;
     }
-    if (sessionEnd.requestClose(reason, AutoExit::None)) {
+    if (sessionEnd.requestClose(reason, autoExit)) {
         QApplication::quit();
     }
+}
+
+/// Behind the command that is running, and without a question that could keep the session open.
+void DesktopProgram::Graph::endSessionSoon() {
+    QTimer::singleShot(0, &mainWindow,
+                       [this] { endSession(CloseReason::Program, AutoExit::Close); });
 }
 
 void DesktopProgram::Graph::tellRunTime() {

@@ -23,9 +23,8 @@ constexpr std::array<const char16_t*, Authorities::kNamed> kCaptions{
 }  // namespace
 
 QString Authorities::caption(int number) {
-    return number > kNamed
-               ? QString()
-               : QString::fromUtf16(kCaptions.at(static_cast<std::size_t>(number - 1)));
+    return number > kNamed ? QString()
+                           : QString::fromUtf16(kCaptions.at(static_cast<std::size_t>(number - 1)));
 }
 
 QString Authorities::toolTip(int number) {
@@ -52,8 +51,7 @@ void Authorities::load() {
 void Authorities::activate() {
     if (m_ports.database.IsIdpPwdNull()) {
         m_ports.prompt.messageBox(
-            QStringLiteral(
-                "请注意，您当前的独立密码为空！二级权限仅当独立密码非空时才有效。"),
+            QStringLiteral("请注意，您当前的独立密码为空！二级权限仅当独立密码非空时才有效。"),
             Prompt::Icon::Exclamation);
     }
 }

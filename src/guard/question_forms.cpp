@@ -97,9 +97,8 @@ bool QuestionSetting::confirms(int effective) {
                                          Prompt::Buttons::OkCancel) == Prompt::Answer::Ok;
     }
     if (effective < SecureQuestions::kRequired) {
-        m_ports.prompt.messageBox(
-            QStringLiteral("如果要启用安全问题，那么您必须至少设置三个。"),
-            Prompt::Icon::Exclamation);
+        m_ports.prompt.messageBox(QStringLiteral("如果要启用安全问题，那么您必须至少设置三个。"),
+                                  Prompt::Icon::Exclamation);
         return false;
     }
     QString text = listing();

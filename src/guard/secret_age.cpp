@@ -50,8 +50,7 @@ bool SecretAge::CheckSecretAge(Kind kind, const QDateTime& start, int days) {
                                 QStringLiteral("%1将于 %2 失效").arg(name, date));
         return true;
     }
-    const QString told =
-        QStringLiteral("您的%1已经使用了%2天，").arg(name, QString::number(used));
+    const QString told = QStringLiteral("您的%1已经使用了%2天，").arg(name, QString::number(used));
     if (over >= kGraceDays) {
         return forceRenewal(kind, told + QStringLiteral("已于 %1 失效，").arg(date));
     }
@@ -64,9 +63,8 @@ bool SecretAge::CheckSecretAge(Kind kind, const QDateTime& start, int days) {
 bool SecretAge::forceRenewal(Kind kind, const QString& told) {
     if (kind == Kind::IndependentPassword && m_ports.settings.p_idpPwdSwitch()) {
         // The password cannot be changed now: to insist would lock its user out for good.
-        m_ports.prompt.messageBox(
-            told + QStringLiteral("请先关闭列级加密，再修改独立密码！"),
-            Prompt::Icon::Exclamation);
+        m_ports.prompt.messageBox(told + QStringLiteral("请先关闭列级加密，再修改独立密码！"),
+                                  Prompt::Icon::Exclamation);
         return true;
     }
     m_ports.prompt.messageBox(told + QStringLiteral("必须更新才能继续访问本数据库！"),

@@ -116,8 +116,7 @@ void SecretManagement::refuse(Field field) {
     const Range allowed = range(field);
     const QString text = isChances(field) ? QStringLiteral("尝试次数的取值范围在%1~%2之间！")
                                           : QStringLiteral("天数的取值范围在%1~%2之间！");
-    m_ports.prompt.messageBox(text.arg(allowed.least).arg(allowed.most),
-                              Prompt::Icon::Exclamation);
+    m_ports.prompt.messageBox(text.arg(allowed.least).arg(allowed.most), Prompt::Icon::Exclamation);
 }
 
 bool SecretManagement::forceUpdate() {
@@ -125,9 +124,8 @@ bool SecretManagement::forceUpdate() {
         return false;
     }
     if (m_ports.questions.CheckEffectiveAmount() == 0) {
-        m_ports.prompt.messageBox(
-            QStringLiteral("当前未设有任何安全问题，不能执行强制更新！"),
-            Prompt::Icon::Exclamation);
+        m_ports.prompt.messageBox(QStringLiteral("当前未设有任何安全问题，不能执行强制更新！"),
+                                  Prompt::Icon::Exclamation);
         return false;
     }
     return m_ports.answerQuestions();
@@ -135,9 +133,9 @@ bool SecretManagement::forceUpdate() {
 
 bool SecretManagement::cmdOK() {
     const Settings& settings = m_ports.system.settings();
-    const std::array<int, kFields> before{
-        settings.p_lgnKeyModifyDays(), settings.p_idpPwdModifyDays(), settings.p_sqUpdateDays(),
-        settings.p_lgnKeyChances0(), settings.p_idpPwdChances0()};
+    const std::array<int, kFields> before{settings.p_lgnKeyModifyDays(),
+                                          settings.p_idpPwdModifyDays(), settings.p_sqUpdateDays(),
+                                          settings.p_lgnKeyChances0(), settings.p_idpPwdChances0()};
     const std::int16_t lgnKeyLeft = settings.p_lgnKeyChances1();
     const std::int16_t idpPwdLeft = settings.p_idpPwdChances1();
     store(m_values);

@@ -143,9 +143,8 @@ bool SecretModification::keepsSecret(const Fields& fields) const {
 
 bool SecretModification::checkOriginal(const QString& original, Verdict& verdict) {
     const bool isLoginKey = m_type == KeyType::LoginKey;
-    const bool isRight =
-        m_isReset || (isLoginKey ? m_ports.database.CheckLgnKey(original)
-                                 : m_ports.database.CheckIdpPwd(original));
+    const bool isRight = m_isReset || (isLoginKey ? m_ports.database.CheckLgnKey(original)
+                                                  : m_ports.database.CheckIdpPwd(original));
     if (!isRight) {
         warn(isLoginKey ? QStringLiteral("原密钥错误！") : QStringLiteral("原密码错误！"));
         verdict = {.focus = Field::Original, .emptiesOriginal = true};
@@ -164,10 +163,10 @@ SecretModification::Verdict SecretModification::cmdOK(const Fields& fields) {
         return verdict;
     }
     const bool isLoginKey = m_type == KeyType::LoginKey;
-    const auto answer = m_ports.prompt.messageBox(
-        isLoginKey ? QStringLiteral("你确定要修改原登录密钥吗？")
-                   : QStringLiteral("你确定要修改原独立密码吗？"),
-        Prompt::Icon::Question, Prompt::Buttons::YesNo);
+    const auto answer =
+        m_ports.prompt.messageBox(isLoginKey ? QStringLiteral("你确定要修改原登录密钥吗？")
+                                             : QStringLiteral("你确定要修改原独立密码吗？"),
+                                  Prompt::Icon::Question, Prompt::Buttons::YesNo);
     if (answer == Prompt::Answer::Yes) {
         m_isRenewed = isLoginKey ? modifyLoginKey(fields) : modifyIndependentPassword(fields);
         verdict.isDone = m_isRenewed;
@@ -185,9 +184,8 @@ bool SecretModification::modifyTip(const QString& tip) {
     if (m_type == KeyType::LoginKey) {
         m_ports.system.WriteUser();
     }
-    m_ports.prompt.messageBox(m_type == KeyType::LoginKey
-                                  ? QStringLiteral("仅修改了密钥提示。")
-                                  : QStringLiteral("仅修改了密码提示。"),
+    m_ports.prompt.messageBox(m_type == KeyType::LoginKey ? QStringLiteral("仅修改了密钥提示。")
+                                                          : QStringLiteral("仅修改了密码提示。"),
                               Prompt::Icon::Information);
     return true;
 }
@@ -227,6 +225,7 @@ bool SecretModification::modifyIndependentPassword(const Fields& fields) {
         settings.p_idpPwdChances1(chances);
         return false;
     }
+    m_ports.system.p_plainIdpPwd(QString());  // the old one, if a verification kept it
     return true;
 }
 
@@ -239,21 +238,20 @@ void SecretModification::setTip(const QString& tip) {
 }
 
 bool SecretModification::write(int count, const QString& description) {
-    return guarded(
-        m_ports.prompt, QStringLiteral("dlgModifySecret.cmdOK_Click"), false, [&] {
-            Transaction transaction(m_ports.connection);
-            SysLog log;
-            log.m_dateTime = m_ports.clock.now();
-            log.m_statusNo = m_type == KeyType::LoginKey ? kLoginKeyModified
-                                                         : kIndependentPasswordModified;
-            log.m_lCount = count;
-            log.m_Description = description;
-            if (!m_ports.system.WriteDB(/*isNew=*/false) || !m_ports.logs.Add(log)) {
-                return false;
-            }
-            transaction.commit();
-            return true;
-        });
+    return guarded(m_ports.prompt, QStringLiteral("dlgModifySecret.cmdOK_Click"), false, [&] {
+        Transaction transaction(m_ports.connection);
+        SysLog log;
+        log.m_dateTime = m_ports.clock.now();
+        log.m_statusNo =
+            m_type == KeyType::LoginKey ? kLoginKeyModified : kIndependentPasswordModified;
+        log.m_lCount = count;
+        log.m_Description = description;
+        if (!m_ports.system.WriteDB(/*isNew=*/false) || !m_ports.logs.Add(log)) {
+            return false;
+        }
+        transaction.commit();
+        return true;
+    });
 }
 
 void SecretModification::warn(const QString& text) {

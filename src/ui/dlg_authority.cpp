@@ -19,13 +19,11 @@ constexpr int kColumns = 2;
 
 }  // namespace
 
-dlgAuthority::dlgAuthority(Authorities& logic, QWidget* parent)
-    : SessionDialog("dlgAuthority", parent), m_logic(logic) {
+dlgAuthority::dlgAuthority(Authorities& logic) : SessionDialog("dlgAuthority"), m_logic(logic) {
     setWindowTitle(QStringLiteral("权限管理"));
     QBoxLayout* layout = makeLayout();
     layout->addWidget(buildBoxes());
-    QBoxLayout* commands =
-        makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)"));
+    QBoxLayout* commands = makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)"));
     auto* cmdAllYes = named(new QPushButton(QStringLiteral("全选(&Y)"), this), "cmdAllYes");
     auto* cmdAllNo = named(new QPushButton(QStringLiteral("全否(&N)"), this), "cmdAllNo");
     commands->insertWidget(0, cmdAllYes);

@@ -19,7 +19,7 @@ class dlgAuthority final : public SessionDialog {
 
   public:
     /// Shows what `logic` was loaded with; `logic` must outlive the form.
-    explicit dlgAuthority(Authorities& logic, QWidget* parent = nullptr);
+    explicit dlgAuthority(Authorities& logic);
 
   protected:
     void showEvent(QShowEvent* event) override;

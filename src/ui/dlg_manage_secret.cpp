@@ -35,14 +35,13 @@ constexpr std::array kPeriods{
 
 }  // namespace
 
-dlgManageSecret::dlgManageSecret(SecretManagement& logic, QWidget* parent)
-    : SessionDialog("dlgManageSecret", parent), m_logic(logic) {
+dlgManageSecret::dlgManageSecret(SecretManagement& logic)
+    : SessionDialog("dlgManageSecret"), m_logic(logic) {
     setWindowTitle(QStringLiteral("管理密码与问题"));
     QBoxLayout* layout = makeLayout();
     layout->addWidget(buildPeriods());
     layout->addWidget(buildChances());
-    QBoxLayout* commands =
-        makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)"));
+    QBoxLayout* commands = makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)"));
     auto* cmdForceUpdate =
         named(new QPushButton(QStringLiteral("强制更新安全问题(&U)..."), this), "cmdForceUpdate");
     cmdForceUpdate->setToolTip(QStringLiteral("现在就验证全部安全问题，并重新计算期限"));
@@ -80,9 +79,8 @@ void dlgManageSecret::addPeriod(QGridLayout* grid, Field field) {
     auto* day = named(new QLineEdit(this), texts.prediction);
     day->setAccessibleName(forces.chopped(1) + QStringLiteral("的日期"));
     day->setReadOnly(true);
-    day->setMinimumWidth(
-        fontMetrics().horizontalAdvance(QStringLiteral("0000年00月00日，星期三")) +
-        fontMetrics().height() * 2);
+    day->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("0000年00月00日，星期三")) +
+                         fontMetrics().height() * 2);
     m_predictions.at(index) = day;
     int column = 0;
     const int row = static_cast<int>(index);

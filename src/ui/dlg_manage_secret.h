@@ -22,7 +22,7 @@ class dlgManageSecret final : public SessionDialog {
 
   public:
     /// Shows what `logic` was loaded with; `logic` must outlive the form.
-    explicit dlgManageSecret(SecretManagement& logic, QWidget* parent = nullptr);
+    explicit dlgManageSecret(SecretManagement& logic);
 
   private:
     using Field = SecretManagement::Field;

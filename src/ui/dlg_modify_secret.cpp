@@ -35,9 +35,8 @@ QLabel* labelOf(const QString& text, KeyBox* box) {
 
 }  // namespace
 
-dlgModifySecret::dlgModifySecret(SecretModification& logic, const KeyboardState& keyboard,
-                                 QWidget* parent)
-    : SessionDialog("dlgModifySecret", parent), m_logic(logic), m_keyboard(keyboard) {
+dlgModifySecret::dlgModifySecret(SecretModification& logic, const KeyboardState& keyboard)
+    : SessionDialog("dlgModifySecret"), m_logic(logic), m_keyboard(keyboard) {
     setWindowTitle(m_logic.title());
     QBoxLayout* layout = makeLayout();
     layout->addWidget(buildFields());
@@ -92,12 +91,10 @@ QWidget* dlgModifySecret::buildFields() {
 }
 
 QBoxLayout* dlgModifySecret::buildCommands() {
-    QBoxLayout* commands =
-        makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)"));
+    QBoxLayout* commands = makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)"));
     cmdShowExplicitly = named(new QPushButton(this), "cmdShowExplicitly");
     cmdForget = named(new QPushButton(QStringLiteral("忘记密码..."), this), "cmdForget");
-    cmdForget->setVisible(m_logic.p_KeyType() ==
-                          SecretModification::KeyType::IndependentPassword);
+    cmdForget->setVisible(m_logic.p_KeyType() == SecretModification::KeyType::IndependentPassword);
     commands->insertWidget(0, cmdShowExplicitly);
     commands->insertWidget(1, cmdForget);
     for (QPushButton* button : {cmdShowExplicitly, cmdForget}) {

@@ -22,8 +22,7 @@ class dlgModifySecret final : public SessionDialog {
 
   public:
     /// Shows what `logic` was loaded for; both must outlive the form.
-    dlgModifySecret(SecretModification& logic, const KeyboardState& keyboard,
-                    QWidget* parent = nullptr);
+    dlgModifySecret(SecretModification& logic, const KeyboardState& keyboard);
 
     void done(int result) override;
 

@@ -23,9 +23,8 @@ constexpr int kLongestAnswer = 100;
 
 }  // namespace
 
-dlgSecureQuestion::dlgSecureQuestion(QuestionSetting& setting, const KeyboardState& keyboard,
-                                     QWidget* parent)
-    : SessionDialog("dlgSecureQuestion", parent), m_setting(&setting), m_keyboard(keyboard) {
+dlgSecureQuestion::dlgSecureQuestion(QuestionSetting& setting, const KeyboardState& keyboard)
+    : SessionDialog("dlgSecureQuestion"), m_setting(&setting), m_keyboard(keyboard) {
     setWindowTitle(QStringLiteral("设置安全问题"));
     buildSetting();
     connectSetting();
@@ -34,9 +33,8 @@ dlgSecureQuestion::dlgSecureQuestion(QuestionSetting& setting, const KeyboardSta
     txtQuestion->setFocus();
 }
 
-dlgSecureQuestion::dlgSecureQuestion(QuestionAnswering& answering, const KeyboardState& keyboard,
-                                     QWidget* parent)
-    : SessionDialog("dlgSecureQuestion", parent), m_answering(&answering), m_keyboard(keyboard) {
+dlgSecureQuestion::dlgSecureQuestion(QuestionAnswering& answering, const KeyboardState& keyboard)
+    : SessionDialog("dlgSecureQuestion"), m_answering(&answering), m_keyboard(keyboard) {
     setWindowTitle(QStringLiteral("回答安全问题"));
     buildAnswering();
     connect(cmdOK, &QPushButton::clicked, this, &dlgSecureQuestion::takeAnswer);
@@ -64,15 +62,14 @@ void dlgSecureQuestion::buildSetting() {
     halves->addWidget(lsbQuestions);
     halves->addWidget(buildItem(), 1);
     layout->addLayout(halves);
-    auto* note = new QLabel(
-        QStringLiteral("• 在切换问题时程序会自动缓存当前问题和答案\n"
-                       "• 如果要启用安全问题，那么您必须至少设置三个。\n"
-                       "• 仅当列级加密关闭时，安全问题才可用于重设独立密码。"),
-        this);
+    auto* note = new QLabel(QStringLiteral("• 在切换问题时程序会自动缓存当前问题和答案\n"
+                                           "• 如果要启用安全问题，那么您必须至少设置三个。\n"
+                                           "• 仅当列级加密关闭时，安全问题才可用于重设独立密码。"),
+                            this);
     note->setWordWrap(true);
     layout->addWidget(note);
-    QBoxLayout* commands = makeCommands(QStringLiteral("全部完成并关闭对话框"),
-                                        QStringLiteral("取消(&C)"));
+    QBoxLayout* commands =
+        makeCommands(QStringLiteral("全部完成并关闭对话框"), QStringLiteral("取消(&C)"));
     cmdClear = named(new QPushButton(QStringLiteral("清空当前问题和答案"), this), "cmdClear");
     cmdClear->setAutoDefault(false);
     commands->insertWidget(0, cmdClear);
@@ -130,9 +127,8 @@ void dlgSecureQuestion::showItem() {
     if (txtAnswer->text() != item.answer) {
         txtAnswer->setText(item.answer);
     }
-    txtAnswer->setPlaceholderText(item.storedAnswer.isEmpty()
-                                      ? QString()
-                                      : QStringLiteral("已有答案；不填则保持不变"));
+    txtAnswer->setPlaceholderText(
+        item.storedAnswer.isEmpty() ? QString() : QStringLiteral("已有答案；不填则保持不变"));
 }
 
 void dlgSecureQuestion::markItems() {
@@ -155,8 +151,8 @@ void dlgSecureQuestion::buildAnswering() {
     txtAnswer = makeAnswerBox();
     lblQuestion->setBuddy(txtAnswer->edit());
     layout->addWidget(txtAnswer);
-    layout->addLayout(makeCommands(QStringLiteral("确定并切换到下一个问题"),
-                                   QStringLiteral("放弃离开")));
+    layout->addLayout(
+        makeCommands(QStringLiteral("确定并切换到下一个问题"), QStringLiteral("放弃离开")));
 }
 
 void dlgSecureQuestion::takeAnswer() {

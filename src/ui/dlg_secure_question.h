@@ -22,11 +22,9 @@ class dlgSecureQuestion final : public SessionDialog {
 
   public:
     /// Both modes show what their logic was loaded with; all must outlive the form.
-    dlgSecureQuestion(QuestionSetting& setting, const KeyboardState& keyboard,
-                      QWidget* parent = nullptr);
+    dlgSecureQuestion(QuestionSetting& setting, const KeyboardState& keyboard);
     /// The result is QDialog::Accepted when all questions were answered.
-    dlgSecureQuestion(QuestionAnswering& answering, const KeyboardState& keyboard,
-                      QWidget* parent = nullptr);
+    dlgSecureQuestion(QuestionAnswering& answering, const KeyboardState& keyboard);
 
     void done(int result) override;
 

@@ -5,6 +5,8 @@
 
 #include <QString>
 
+#include "guard/authority_gate.h"
+
 namespace keeper {
 
 struct EditPaneState;
@@ -20,14 +22,6 @@ class FillMonitorPort {
 
 /// What ActivateMonitor() is told from the main window.
 enum FillState { kArmFill = 0, kFillEnded = 4, kFillDiscarded = 5 };
-
-/// The independent password in front of sensitive commands.
-class AuthorityGate {
-  public:
-    virtual ~AuthorityGate() = default;
-    /// True at once when nothing is needed; otherwise the person is asked.
-    virtual bool CheckAuthority(bool isNeeded) = 0;
-};
 
 /// The digest of a user file that may be running while the pane is used.
 class DigestPort {

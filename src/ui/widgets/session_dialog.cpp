@@ -3,18 +3,27 @@
 
 #include "ui/widgets/session_dialog.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "app/system.h"
 #include "ui/theme/icons.h"
 #include "ui/widgets/named.h"
 
 namespace keeper {
 
-SessionDialog::SessionDialog(const char* name, QWidget* parent) : QDialog(parent) {
+SessionDialog::SessionDialog(const char* name) : QDialog(QApplication::activeWindow()) {
     setObjectName(QString::fromLatin1(name));
     setWindowIcon(programIcon());
+}
+
+bool SessionDialog::run(System& system) {
+    system.ManageForms(*this, true);
+    const bool isAccepted = exec() == QDialog::Accepted;
+    system.ManageForms(*this, false);
+    return isAccepted;
 }
 
 void SessionDialog::activateForm() {

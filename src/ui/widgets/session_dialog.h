@@ -13,15 +13,20 @@ class QPushButton;
 
 namespace keeper {
 
+class System;
+
 /// A modal dialog of a session: it can stand in the table of open forms, where a lock and the end
 /// of the session close it.
 class SessionDialog : public QDialog, public OpenForm {
     Q_OBJECT
 
   public:
-    /// `name` is the row of the table of open forms, too.
-    SessionDialog(const char* name, QWidget* parent);
+    /// `name` is the row of the table of open forms, too. Stands over the window in use.
+    explicit SessionDialog(const char* name);
 
+    /// Shows the dialog, in the table of open forms, and blocks until it closes. True when it was
+    /// accepted.
+    bool run(System& system);
     [[nodiscard]] QString formName() const override { return objectName(); }
     void closeForm() override { reject(); }
     void activateForm() override;

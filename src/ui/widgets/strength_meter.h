@@ -9,8 +9,8 @@
 
 namespace keeper {
 
-/// Shows how strong a secret is: a bar in quarters that goes from red over amber and blue to green, and words. What
-/// counts as strong is decided elsewhere.
+/// Shows how strong a secret is: a bar in quarters that goes from red over amber and blue to green,
+/// and words. What counts as strong is decided elsewhere.
 class StrengthMeter final : public QWidget {
     Q_OBJECT
 
