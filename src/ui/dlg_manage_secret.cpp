@@ -79,6 +79,7 @@ void dlgManageSecret::addPeriod(QGridLayout* grid, Field field) {
     auto* day = named(new QLineEdit(this), texts.prediction);
     day->setAccessibleName(forces.chopped(1) + QStringLiteral("的日期"));
     day->setReadOnly(true);
+    day->setFocusPolicy(Qt::ClickFocus);
     day->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("0000年00月00日，星期三")) +
                          fontMetrics().height() * 2);
     m_predictions.at(index) = day;

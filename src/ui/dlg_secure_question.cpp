@@ -56,7 +56,8 @@ void dlgSecureQuestion::buildSetting() {
     lsbQuestions = named(new QListWidget(this), "lsbQuestions");
     lsbQuestions->setAccessibleName(QStringLiteral("安全问题"));
     for (int number = 1; number <= SecureQuestions::kCount; ++number) {
-        lsbQuestions->addItem(QStringLiteral("问题%1").arg(number));
+        auto* row = new QListWidgetItem(QStringLiteral("问题%1").arg(number), lsbQuestions);
+        row->setSizeHint(QSize(0, fontMetrics().height() * 7 / 4));
     }
     lsbQuestions->setFixedWidth(fontMetrics().averageCharWidth() * 20);
     halves->addWidget(lsbQuestions);
@@ -135,7 +136,8 @@ void dlgSecureQuestion::markItems() {
     for (int number = 1; number <= SecureQuestions::kCount; ++number) {
         const bool isEffective = m_setting->item(number).isEffective();
         QListWidgetItem* row = lsbQuestions->item(number - 1);
-        row->setIcon(isEffective ? glyphIcon(Glyph::Check, IconTint::Accent) : QIcon());
+        row->setIcon(isEffective ? glyphIcon(Glyph::Check, IconTint::Good)
+                                 : glyphIcon(Glyph::Question));
         row->setData(Qt::AccessibleDescriptionRole,
                      isEffective ? QStringLiteral("有效") : QStringLiteral("未设置"));
     }
