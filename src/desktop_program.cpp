@@ -216,6 +216,7 @@ Login::Ports DesktopProgram::Graph::loginPorts() {
             [] { QApplication::beep(); },
             [](const QString& folder) { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); },
             [this] { return fingerprints.isAvailable(); },
+            [this](auto tell) { fingerprints.lookFor(std::move(tell)); },
             [this](QString& userName) { return protection.verifyFinger(userName); },
             [this](const std::shared_ptr<User>& user) { system.setUser(user); }};
 }

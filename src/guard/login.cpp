@@ -48,6 +48,12 @@ Login::Focus Login::activate() {
     if (std::exchange(m_isActivated, true)) {
         return Focus::Key;
     }
+    if (m_ports.lookForReader) {
+        m_ports.lookForReader([this](bool isFound) {
+            m_state.isFingerprintOffered = isFound;
+            notify();
+        });
+    }
     takeStartFolder();
     if (m_state.userNames.isEmpty()) {
         InitUserInterface(0);
@@ -114,6 +120,7 @@ void Login::InitUserInterface(int state) {
     m_state.okCaption = m_state.hasUser ? QStringLiteral("登 录") : QStringLiteral("新 建");
     m_state.autoLogin = m_state.hasUser && m_user->p_autoLogin();
     m_state.remLgnKey = m_state.hasUser && m_user->p_remLgnKey();
+    m_state.fingerprint = m_state.hasUser && m_user->p_fingerprint();
     secureWipe(m_mirror);
     m_state.keyText = m_state.remLgnKey ? QStringLiteral("*") : QString();
     m_state.keyToolTip = m_state.hasUser ? m_user->p_lgnKeyTip() : QString();
@@ -150,12 +157,22 @@ void Login::setKeyText(const QString& text) {
 void Login::setAutoLogin(bool isOn) {
     m_state.autoLogin = isOn;
     m_state.remLgnKey = m_state.remLgnKey || isOn;
+    m_state.fingerprint = m_state.fingerprint && !isOn;
+    notify();
+}
+
+void Login::setFingerprint(bool isOn) {
+    m_state.fingerprint = isOn;
+    // A finger stands for the remembered key, and is pointless where nothing is asked.
+    m_state.remLgnKey = m_state.remLgnKey || isOn;
+    m_state.autoLogin = m_state.autoLogin && !isOn;
     notify();
 }
 
 void Login::setRemLgnKey(bool isOn) {
     m_state.remLgnKey = isOn;
     m_state.autoLogin = m_state.autoLogin && isOn;
+    m_state.fingerprint = m_state.fingerprint && isOn;
     notify();
 }
 
@@ -176,9 +193,7 @@ void Login::OnLoginClicked() {
     if (VerifyTypedKey()) {
         m_user->p_autoLogin(m_state.autoLogin);
         m_user->p_remLgnKey(m_state.remLgnKey);
-        if (m_state.autoLogin) {
-            m_user->p_fingerprint(false);
-        }
+        m_user->p_fingerprint(m_state.fingerprint && !m_state.autoLogin);
         m_ports.beginSession(m_user);
         close(Result::LogIn);
         return;

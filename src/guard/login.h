@@ -30,6 +30,9 @@ struct LoginState {
     QString okCaption;
     bool autoLogin = false;
     bool remLgnKey = false;
+    /// The choice of logging in by a finger, where there is a reader.
+    bool isFingerprintOffered = false;
+    bool fingerprint = false;
     /// What the key box shows: empty, or blind characters for a key that nobody typed.
     QString keyText;
     QString keyToolTip;
@@ -62,6 +65,8 @@ class Login {
         std::function<void(const QString&)> openFolder;
         /// Whether a finger can be verified on this machine at all; empty means no.
         std::function<bool()> hasFingerprintReader;
+        /// Looks for one without waiting, to offer the choice of it.
+        std::function<void(std::function<void(bool isFound)>)> lookForReader;
         /// The fingerprint dialog for the user of that name, which it may replace by the one it
         /// verified.
         std::function<bool(QString& userName)> verifyFingerprint;
@@ -95,6 +100,7 @@ class Login {
     void setKeyText(const QString& text);
     void setAutoLogin(bool isOn);
     void setRemLgnKey(bool isOn);
+    void setFingerprint(bool isOn);
     void OnLoginClicked();
     void cmdNewBuild();
     void cmdOpen();

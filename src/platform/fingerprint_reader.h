@@ -22,6 +22,8 @@ class FingerprintReader {
     /// Whether there is a reader with at least one finger of this user. Asks anew at each call and
     /// never waits long.
     [[nodiscard]] virtual bool isAvailable() = 0;
+    /// The same question without waiting at all: the answer comes from the event loop, if ever.
+    virtual void lookFor(std::function<void(bool isAvailable)> tell) = 0;
     /// Waits for fingers until stop(), a match or a disconnection; each is told to `tell`, from the
     /// event loop. False when the reader cannot be had now, such as when another program uses it.
     [[nodiscard]] virtual bool start(std::function<void(Outcome)> tell) = 0;
@@ -33,6 +35,7 @@ class FingerprintReader {
 class NoFingerprintReader final : public FingerprintReader {
   public:
     [[nodiscard]] bool isAvailable() override { return false; }
+    void lookFor(std::function<void(bool isAvailable)> /*tell*/) override {}
     [[nodiscard]] bool start(std::function<void(Outcome)> /*tell*/) override { return false; }
     void stop() override {}
 };

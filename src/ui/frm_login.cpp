@@ -116,7 +116,8 @@ QWidget* frmLogin::buildForm() {
     chkRemLgnKey = named(new QCheckBox(QStringLiteral("记住密钥(&M)"), form), "chkRemLgnKey");
     chkAutoLogin = named(new QCheckBox(QStringLiteral("自动登录(&A)"), form), "chkAutoLogin");
     auto* options = new QHBoxLayout;
-    for (QCheckBox* box : {chkRemLgnKey, chkAutoLogin}) {
+    chkFingerprint = named(new QCheckBox(QStringLiteral("指纹登录(&F)"), form), "chkFingerprint");
+    for (QCheckBox* box : {chkRemLgnKey, chkAutoLogin, chkFingerprint}) {
         box->setToolTip(QStringLiteral("请勿在公用电脑上使用本选项"));
         options->addWidget(box);
     }
@@ -184,6 +185,10 @@ void frmLogin::connectControls() {
         m_login.setRemLgnKey(isOn);
         txtLgnKey->edit()->setFocus();
     });
+    connect(chkFingerprint, &QCheckBox::clicked, this, [this](bool isOn) {
+        m_login.setFingerprint(isOn);
+        txtLgnKey->edit()->setFocus();
+    });
     connect(lblPath, &QToolButton::clicked, this, [this] { m_login.openPath(); });
     connect(lblOK, &QPushButton::clicked, this, [this] {
         if (m_login.state().hasUser) {
@@ -233,12 +238,14 @@ void frmLogin::updateState() {
         return;
     }
     showUsers(state);
-    for (QWidget* control : std::initializer_list<QWidget*>{cboUsers, txtLgnKey, chkAutoLogin,
-                                                            chkRemLgnKey, cmdRemove}) {
+    for (QWidget* control : std::initializer_list<QWidget*>{
+             cboUsers, txtLgnKey, chkAutoLogin, chkRemLgnKey, chkFingerprint, cmdRemove}) {
         control->setEnabled(state.hasUser);
     }
     chkAutoLogin->setChecked(state.autoLogin);
     chkRemLgnKey->setChecked(state.remLgnKey);
+    chkFingerprint->setVisible(state.isFingerprintOffered);
+    chkFingerprint->setChecked(state.fingerprint);
     txtLgnKey->setHint(state.keyToolTip);
     if (!m_login.hasTypedKey()) {
         txtLgnKey->setText(state.keyText);

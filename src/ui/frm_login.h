@@ -51,6 +51,7 @@ class frmLogin final : public QDialog {
     KeyBox* txtLgnKey = nullptr;
     QCheckBox* chkAutoLogin = nullptr;
     QCheckBox* chkRemLgnKey = nullptr;
+    QCheckBox* chkFingerprint = nullptr;
     QToolButton* lblPath = nullptr;
     QLabel* lblChances = nullptr;
     QPushButton* lblOK = nullptr;

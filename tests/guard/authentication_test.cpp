@@ -18,6 +18,7 @@ class FakeReader final : public FingerprintReader {
     std::function<void(Outcome)> tell;
 
     [[nodiscard]] bool isAvailable() override { return isFree; }
+    void lookFor(std::function<void(bool)> teller) override { teller(isFree); }
     [[nodiscard]] bool start(std::function<void(Outcome)> teller) override {
         if (isFree) {
             tell = std::move(teller);
@@ -177,19 +178,27 @@ TEST_F(AuthenticationTest, WithColumnEncryptionALoginStopsBeforeAnythingIsReadab
 }
 
 TEST_F(AuthenticationTest, AFingerStandsForARememberedKey) {
-    program->login.activate();
-    program->system.p_fingerprint(true);
-    ASSERT_TRUE(program->system.WriteUser());
     leaveAndRestart();
+    program->login.activate();
+    EXPECT_FALSE(program->login.state().isFingerprintOffered) << "no reader";
+    restart();
     program->hasReader = program->knowsFinger = true;
     program->login.activate();
-    EXPECT_EQ(program->fingersAsked, 0) << "no key is remembered that it could stand for";
-    program->login.setRemLgnKey(true);
+    EXPECT_TRUE(program->login.state().isFingerprintOffered);
+    program->login.setAutoLogin(true);
+    program->login.setFingerprint(true);
+    EXPECT_FALSE(program->login.state().autoLogin);
+    EXPECT_TRUE(program->login.state().remLgnKey) << "a finger stands for a remembered key";
+    program->login.setRemLgnKey(false);
+    EXPECT_FALSE(program->login.state().fingerprint);
+    program->login.setFingerprint(true);
     ASSERT_TRUE(program->enter(key));
+    EXPECT_EQ(program->fingersAsked, 0);
     leaveAndRestart();
     program->hasReader = true;
     program->login.activate();
     EXPECT_EQ(program->fingersAsked, 1);
+    EXPECT_TRUE(stored()->p_fingerprint());
     EXPECT_FALSE(program->login.isClosed()) << "a strange finger leads nowhere";
     restart();
     program->hasReader = program->knowsFinger = true;

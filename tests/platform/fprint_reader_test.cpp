@@ -81,6 +81,12 @@ class FprintReaderTest : public testing::Test {
     bool start() {
         return m_reader.start([this](Outcome outcome) { m_outcomes.push_back(outcome); });
     }
+    bool isFound() {
+        std::optional<bool> found;
+        m_reader.lookFor([&](bool isAvailable) { found = isAvailable; });
+        EXPECT_TRUE(QTest::qWaitFor([&] { return found.has_value(); }, 5000));
+        return found == true;
+    }
     bool waitFor(std::size_t count) {
         return QTest::qWaitFor([&] { return m_outcomes.size() >= count; }, 5000);
     }
@@ -95,12 +101,15 @@ TEST_F(FprintReaderTest, OnlyAReaderThatKnowsAFingerIsOffered) {
     EXPECT_FALSE(start());
     startService();
     EXPECT_TRUE(m_reader.isAvailable());
+    EXPECT_TRUE(isFound());
     setFingers(QStringLiteral("[]"));
     EXPECT_FALSE(m_reader.isAvailable()) << "no finger";
+    EXPECT_FALSE(isFound());
     addMethod(kManager, kManagerInterface, "GetDefaultDevice", "", "o",
               QStringLiteral("raise dbus.exceptions.DBusException('', "
                              "name='net.reactivated.Fprint.Error.NoSuchDevice')"));
     EXPECT_FALSE(m_reader.isAvailable()) << "no device";
+    EXPECT_FALSE(isFound());
     EXPECT_FALSE(start());
 }
 

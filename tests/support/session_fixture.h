@@ -134,6 +134,7 @@ struct SessionProgram {
     int fingersAsked = 0;
     Login login{{prompt, clock, users, files, regedit, [] { return false; }, [this] { ++beeps; },
                  [](const QString&) {}, [this] { return hasReader; },
+                 [this](const std::function<void(bool)>& tell) { tell(hasReader); },
                  [this](QString&) { return ++fingersAsked, knowsFinger; },
                  [this](const std::shared_ptr<User>& user) { system.setUser(user); }}};
     Wizard wizard{{prompt, clock, random, system, sealed, guard, fils, users, regedit}};

@@ -4,6 +4,7 @@
 #include "platform/linux/fprint_reader.h"
 
 #include <QDBusObjectPath>
+#include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 #include <utility>
 
@@ -20,6 +21,14 @@ QString fprintService() {
 
 QString fprintDeviceInterface() {
     return QStringLiteral("net.reactivated.Fprint.Device");
+}
+
+QString fprintManagerPath() {
+    return QStringLiteral("/net/reactivated/Fprint/Manager");
+}
+
+QString fprintManagerInterface() {
+    return QStringLiteral("net.reactivated.Fprint.Manager");
 }
 
 /// The empty name is the caller's own.
@@ -50,8 +59,7 @@ QString FprintReader::defaultDevice() {
         return {};
     }
     const auto reply =
-        ask(QStringLiteral("/net/reactivated/Fprint/Manager"),
-            QStringLiteral("net.reactivated.Fprint.Manager"), QStringLiteral("GetDefaultDevice"));
+        ask(fprintManagerPath(), fprintManagerInterface(), QStringLiteral("GetDefaultDevice"));
     return reply ? reply->arguments().value(0).value<QDBusObjectPath>().path() : QString();
 }
 
@@ -63,6 +71,36 @@ bool FprintReader::isAvailable() {
     const auto reply =
         ask(device, fprintDeviceInterface(), QStringLiteral("ListEnrolledFingers"), {ownName()});
     return reply && !reply->arguments().value(0).toStringList().isEmpty();
+}
+
+void FprintReader::lookFor(std::function<void(bool isAvailable)> tell) {
+    if (!connectBus()) {
+        return;
+    }
+    askLater(fprintManagerPath(), fprintManagerInterface(), QStringLiteral("GetDefaultDevice"), {},
+             [this, tell](const QVariant& device) {
+                 const QString path = device.value<QDBusObjectPath>().path();
+                 if (path.isEmpty()) {
+                     tell(false);
+                     return;
+                 }
+                 askLater(path, fprintDeviceInterface(), QStringLiteral("ListEnrolledFingers"),
+                          {ownName()}, [tell](const QVariant& fingers) {
+                              tell(!fingers.toStringList().isEmpty());
+                          });
+             });
+}
+
+void FprintReader::askLater(const QString& path, const QString& interface, const QString& method,
+                            const QVariantList& arguments,
+                            std::function<void(const QVariant&)> take) {
+    QDBusMessage call = QDBusMessage::createMethodCall(fprintService(), path, interface, method);
+    call.setArguments(arguments);
+    auto* answer = new QDBusPendingCallWatcher(m_bus->asyncCall(call), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [answer, take] {
+        answer->deleteLater();
+        take(answer->isError() ? QVariant() : answer->reply().arguments().value(0));
+    });
 }
 
 bool FprintReader::start(std::function<void(Outcome)> tell) {

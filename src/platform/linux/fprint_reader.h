@@ -29,6 +29,7 @@ class FprintReader final : public QObject, public FingerprintReader {
     ~FprintReader() override;
 
     [[nodiscard]] bool isAvailable() override;
+    void lookFor(std::function<void(bool isAvailable)> tell) override;
     [[nodiscard]] bool start(std::function<void(Outcome)> tell) override;
     void stop() override;
 
@@ -37,6 +38,10 @@ class FprintReader final : public QObject, public FingerprintReader {
 
   private:
     [[nodiscard]] bool connectBus();
+    /// Calls without waiting and hands the first argument of the answer on; an error is an invalid
+    /// value.
+    void askLater(const QString& path, const QString& interface, const QString& method,
+                  const QVariantList& arguments, std::function<void(const QVariant&)> take);
     /// Path of the default device; empty without one.
     [[nodiscard]] QString defaultDevice();
     /// The answer, within the service's patience; none on an error.
