@@ -95,10 +95,9 @@ void ProtectionParts::showGuard() {
         StatusPanel::DeadCount, isConfined
                                     ? QStringLiteral("已限定登录机器")
                                     : QStringLiteral("分机存活期：%1天").arg(guard.deadCount()));
-    m_ports.window.actions()
-        .action(QStringLiteral("mn_confineBranch"))
-        ->setText(isConfined ? QStringLiteral("解除本机限定(&B)")
-                             : QStringLiteral("限定本机登录(&B)"));
+    m_ports.window.actions().setCaption(
+        QStringLiteral("mn_confineBranch"),
+        isConfined ? QStringLiteral("解除本机限定(&B)") : QStringLiteral("限定本机登录(&B)"));
 }
 
 void ProtectionParts::showAuthentication() {

@@ -27,7 +27,7 @@ def open_from_menu(desk, menu, letter, title):
 
 
 def turn_columns(desk):
-    open_from_menu(desk, "alt+m", "c", COLUMNS)
+    open_from_menu(desk, "alt+g", "c", COLUMNS)
     desk.type_text(SECRET)
     desk.press("Return")
     desk.window("Morvane Keeper")  # to go on?
