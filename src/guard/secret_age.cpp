@@ -50,26 +50,28 @@ bool SecretAge::CheckSecretAge(Kind kind, const QDateTime& start, int days) {
                                 QStringLiteral("%1将于 %2 失效").arg(name, date));
         return true;
     }
-    const QString told = QStringLiteral("您的%1已经使用了%2天，").arg(name, QString::number(used));
     if (over >= kGraceDays) {
-        return forceRenewal(kind, told + QStringLiteral("已于 %1 失效，").arg(date));
+        return forceRenewal(kind, name, used, date);
     }
-    m_ports.prompt.messageBox(told + QStringLiteral("将于 %1 失效，请尽快更新！").arg(date),
+    m_ports.prompt.messageBox(QStringLiteral("您的%1已经使用了%2天，将于 %3 失效，请尽快更新！")
+                                  .arg(name)
+                                  .arg(used)
+                                  .arg(date),
                               Prompt::Icon::Information, Prompt::Buttons::Ok,
                               QStringLiteral("提醒"));
     return true;
 }
 
-bool SecretAge::forceRenewal(Kind kind, const QString& told) {
-    if (kind == Kind::IndependentPassword && m_ports.settings.p_idpPwdSwitch()) {
-        // The password cannot be changed now: to insist would lock its user out for good.
-        m_ports.prompt.messageBox(told + QStringLiteral("请先关闭列级加密，再修改独立密码！"),
-                                  Prompt::Icon::Exclamation);
-        return true;
-    }
-    m_ports.prompt.messageBox(told + QStringLiteral("必须更新才能继续访问本数据库！"),
-                              Prompt::Icon::Exclamation);
-    return m_ports.renew(kind);
+bool SecretAge::forceRenewal(Kind kind, const QString& name, qint64 used, const QString& date) {
+    // With enciphered columns the password cannot be changed: to insist would lock its user out for
+    // good.
+    const bool isForbidden = kind == Kind::IndependentPassword && m_ports.settings.p_idpPwdSwitch();
+    const QString text =
+        isForbidden
+            ? QStringLiteral("您的%1已经使用了%2天，已于 %3 失效，请先关闭列级加密，再修改它！")
+            : QStringLiteral("您的%1已经使用了%2天，已于 %3 失效，必须更新才能继续访问本数据库！");
+    m_ports.prompt.messageBox(text.arg(name).arg(used).arg(date), Prompt::Icon::Exclamation);
+    return isForbidden || m_ports.renew(kind);
 }
 
 }  // namespace keeper

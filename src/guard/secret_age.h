@@ -37,7 +37,8 @@ class SecretAge {
     bool CheckSecretAge(Kind kind, const QDateTime& start, int days);
 
   private:
-    [[nodiscard]] bool forceRenewal(Kind kind, const QString& told);
+    [[nodiscard]] bool forceRenewal(Kind kind, const QString& name, qint64 used,
+                                    const QString& date);
 
     Ports m_ports;
 };

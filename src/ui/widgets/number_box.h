@@ -24,6 +24,7 @@ class NumberBox final : public QSpinBox {
   protected:
     QValidator::State validate(QString& text, int& position) const override;
     void fixup(QString& text) const override;
+    void keyPressEvent(QKeyEvent* event) override;
 
   private:
     mutable bool m_isUnfinished = false;
