@@ -23,15 +23,10 @@ dlgAuthority::dlgAuthority(Authorities& logic) : SessionDialog("dlgAuthority"), 
     setWindowTitle(QStringLiteral("权限管理"));
     QBoxLayout* layout = makeLayout();
     layout->addWidget(buildBoxes());
-    QBoxLayout* commands = makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)"));
     auto* cmdAllYes = named(new QPushButton(QStringLiteral("全选(&Y)"), this), "cmdAllYes");
     auto* cmdAllNo = named(new QPushButton(QStringLiteral("全否(&N)"), this), "cmdAllNo");
-    commands->insertWidget(0, cmdAllYes);
-    commands->insertWidget(1, cmdAllNo);
-    layout->addLayout(commands);
-    for (QPushButton* button : {cmdAllYes, cmdAllNo}) {
-        button->setAutoDefault(false);
-    }
+    layout->addLayout(makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)"),
+                                   {cmdAllYes, cmdAllNo}));
     connect(cmdAllYes, &QPushButton::clicked, this, [this] {
         m_logic.cmdAllYes();
         showChecks();

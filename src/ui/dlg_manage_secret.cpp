@@ -41,13 +41,11 @@ dlgManageSecret::dlgManageSecret(SecretManagement& logic)
     QBoxLayout* layout = makeLayout();
     layout->addWidget(buildPeriods());
     layout->addWidget(buildChances());
-    QBoxLayout* commands = makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)"));
     auto* cmdForceUpdate =
         named(new QPushButton(QStringLiteral("强制更新安全问题(&U)..."), this), "cmdForceUpdate");
     cmdForceUpdate->setToolTip(QStringLiteral("现在就验证全部安全问题，并重新计算期限"));
-    cmdForceUpdate->setAutoDefault(false);
-    commands->insertWidget(0, cmdForceUpdate);
-    layout->addLayout(commands);
+    layout->addLayout(
+        makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)"), {cmdForceUpdate}));
     connect(cmdForceUpdate, &QPushButton::clicked, this, [this] {
         if (m_logic.forceUpdate()) {
             showPredictions();

@@ -91,16 +91,11 @@ QWidget* dlgModifySecret::buildFields() {
 }
 
 QBoxLayout* dlgModifySecret::buildCommands() {
-    QBoxLayout* commands = makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)"));
     cmdShowExplicitly = named(new QPushButton(this), "cmdShowExplicitly");
     cmdForget = named(new QPushButton(QStringLiteral("忘记密码..."), this), "cmdForget");
     cmdForget->setVisible(m_logic.p_KeyType() == SecretModification::KeyType::IndependentPassword);
-    commands->insertWidget(0, cmdShowExplicitly);
-    commands->insertWidget(1, cmdForget);
-    for (QPushButton* button : {cmdShowExplicitly, cmdForget}) {
-        button->setAutoDefault(false);
-    }
-    return commands;
+    return makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)"),
+                        {cmdShowExplicitly, cmdForget});
 }
 
 void dlgModifySecret::updateState() {

@@ -69,12 +69,9 @@ void dlgSecureQuestion::buildSetting() {
                             this);
     note->setWordWrap(true);
     layout->addWidget(note);
-    QBoxLayout* commands =
-        makeCommands(QStringLiteral("全部完成并关闭对话框"), QStringLiteral("取消(&C)"));
     cmdClear = named(new QPushButton(QStringLiteral("清空当前问题和答案"), this), "cmdClear");
-    cmdClear->setAutoDefault(false);
-    commands->insertWidget(0, cmdClear);
-    layout->addLayout(commands);
+    layout->addLayout(makeCommands(QStringLiteral("全部完成并关闭对话框"),
+                                   QStringLiteral("取消(&C)"), {cmdClear}));
 }
 
 QWidget* dlgSecureQuestion::buildItem() {

@@ -40,13 +40,18 @@ QBoxLayout* SessionDialog::makeLayout() {
     return layout;
 }
 
-QBoxLayout* SessionDialog::makeCommands(const QString& okText, const QString& cancelText) {
+QBoxLayout* SessionDialog::makeCommands(const QString& okText, const QString& cancelText,
+                                        std::initializer_list<QPushButton*> others) {
+    auto* row = new QHBoxLayout;
+    for (QPushButton* other : others) {
+        other->setAutoDefault(false);
+        row->addWidget(other);
+    }
     cmdOK = named(new QPushButton(okText, this), "cmdOK");
     cmdOK->setDefault(true);
     cmdCancel = named(new QPushButton(cancelText, this), "cmdCancel");
     cmdCancel->setAutoDefault(false);
     connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
-    auto* row = new QHBoxLayout;
     row->addStretch();
     row->addWidget(cmdOK);
     row->addWidget(cmdCancel);

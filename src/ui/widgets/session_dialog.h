@@ -5,6 +5,7 @@
 
 #include <QDialog>
 #include <QString>
+#include <initializer_list>
 
 #include "app/open_forms.h"
 
@@ -34,8 +35,9 @@ class SessionDialog : public QDialog, public OpenForm {
   protected:
     /// The dialog's layout, with the margins that all have; its size is fixed by its content.
     QBoxLayout* makeLayout();
-    /// A row with OK, which Enter presses, and Cancel at its right end.
-    QBoxLayout* makeCommands(const QString& okText, const QString& cancelText);
+    /// A row of commands: the others at its left end, OK, which Enter presses, and Cancel.
+    QBoxLayout* makeCommands(const QString& okText, const QString& cancelText,
+                             std::initializer_list<QPushButton*> others = {});
     QPushButton* cmdOK = nullptr;
     QPushButton* cmdCancel = nullptr;
 };
