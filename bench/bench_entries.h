@@ -10,16 +10,13 @@
 
 namespace keeper {
 
-/// A new database at `path` with `count` network objects, 99 to a directory as a tree would fill.
-/// REQUIRES: `path` absent, count up to 99 * 99 * 99.
-inline void buildDatabase(Database& database, const QString& path, const QString& password,
-                          int count) {
+/// Adds `count` network objects, 99 to a directory as a tree would fill.
+/// REQUIRES: no directory below "01", count up to 99 * 99 * 99.
+inline void addEntries(Database& database, int count) {
     const QDateTime now(QDate(2026, 5, 20), QTime(12, 0));
     const auto pair = [](int number) {
         return QStringLiteral("%1").arg(number + 1, 2, 10, QLatin1Char('0'));
     };
-    database.create(path, password);
-    createSchema(database, now);
     Transaction transaction(database);
     Statement directory(database, "INSERT INTO tb_Directory VALUES(?1,?2,?3)");
     Statement entry(database,
@@ -46,6 +43,14 @@ inline void buildDatabase(Database& database, const QString& path, const QString
         net.bind(4, QStringLiteral("https://www.example.org/") + mark).run();
     }
     transaction.commit();
+}
+
+/// A new database at `path` with so many entries. REQUIRES: `path` absent.
+inline void buildDatabase(Database& database, const QString& path, const QString& password,
+                          int count) {
+    database.create(path, password);
+    createSchema(database, QDateTime(QDate(2026, 5, 20), QTime(12, 0)));
+    addEntries(database, count);
 }
 
 }  // namespace keeper

@@ -28,7 +28,7 @@ FOREIGN = [
     (re.compile(r"^sqlcipher/|^sqlite3\.h"), ("platform/",)),
     (re.compile(r"^X11/|^xcb/"), ("platform/linux/",)),
     (re.compile(r"^QtDBus|^QDBus"), ("platform/linux/",)),
-    (re.compile(r"^openssl/"), ("platform/database_checks",)),
+    (re.compile(r"^openssl/"), ("platform/database_checks", "platform/page_key")),
     (re.compile(r"^mcrypt\.h"), ()),
     (
         re.compile(

@@ -16,6 +16,7 @@
 
 #include "crypto/secure_wipe.h"
 #include "platform/database_checks.h"
+#include "platform/page_key.h"
 #include "platform/unique_fd.h"
 #include "platform/wiping_allocator.h"
 
@@ -66,6 +67,7 @@ std::int64_t number(sqlite3* handle, const char* sql) {
 class Secret {
   public:
     explicit Secret(const QString& text) : m_bytes(text.toUtf8()) {}
+    explicit Secret(const PageKey& key) : m_bytes(key.readyForm()) {}
     ~Secret() { secureWipe(m_bytes.data(), static_cast<std::size_t>(m_bytes.size())); }
     Secret(const Secret&) = delete;
     Secret& operator=(const Secret&) = delete;
@@ -174,7 +176,8 @@ Database::~Database() {
     sqlite3_close_v2(m_handle);
 }
 
-sqlite3* Database::connect(const QString& path, const QString& password, bool isNew) const {
+sqlite3* Database::connect(const QString& path, const QString& password, bool isNew,
+                           std::unique_ptr<PageKey>* pageKey) const {
     refuseUnfitPassword(password);
     Connection connection;
     const QByteArray name = QFile::encodeName(path);
@@ -184,7 +187,10 @@ sqlite3* Database::connect(const QString& path, const QString& password, bool is
           "sqlite3_open_v2");
     sqlite3* handle = connection.get();
     check(handle, sqlite3_extended_result_codes(handle, 1), "sqlite3_extended_result_codes");
-    const Secret key(password);
+    if (pageKey != nullptr) {
+        *pageKey = std::make_unique<PageKey>(password, saltOf(handle), m_options.keyRounds);
+    }
+    const Secret key = pageKey != nullptr ? Secret(**pageKey) : Secret(password);
     check(handle, sqlite3_key(handle, key.data(), key.size()), "sqlite3_key");
     run(handle, cipherPragmas("main", m_options));
     // Sub-journals and sorters stay in memory: the engine would write them in clear.
@@ -232,12 +238,13 @@ void Database::open(const QString& path, const QString& password, Trust trust) {
         (!hasJournal && file.size() % m_options.pageSize != 0)) {
         throw DatabaseError(SQLITE_NOTADB, QStringLiteral("open: file is not a database"));
     }
-    m_handle = connect(path, password, /*isNew=*/false);
+    std::unique_ptr<PageKey> pageKey;
+    m_handle = connect(path, password, /*isNew=*/false, &pageKey);
     m_path = path;
     try {
         checkSize();
         if (trust == Trust::AllPages) {
-            checkAllPages(*this, m_options, password);
+            checkAllPages(*this, m_options, *pageKey);
         }
     } catch (...) {
         sqlite3_close_v2(std::exchange(m_handle, nullptr));

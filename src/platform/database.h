@@ -6,6 +6,7 @@
 #include <QDateTime>
 #include <QString>
 #include <cstdint>
+#include <memory>
 #include <stdexcept>
 #include <string_view>
 
@@ -13,6 +14,8 @@ struct sqlite3;
 struct sqlite3_stmt;
 
 namespace keeper {
+
+class PageKey;
 
 /// A failed call of the database engine. `number` is the engine's extended result code; the
 /// description names the failed call and the engine's text, and never holds a key or a bound value.
@@ -94,7 +97,8 @@ class Database {
     [[nodiscard]] sqlite3* handle() const { return m_handle; }
 
   private:
-    [[nodiscard]] sqlite3* connect(const QString& path, const QString& password, bool isNew) const;
+    [[nodiscard]] sqlite3* connect(const QString& path, const QString& password, bool isNew,
+                                   std::unique_ptr<PageKey>* pageKey = nullptr) const;
     void checkSize() const;
 
     sqlite3* m_handle = nullptr;

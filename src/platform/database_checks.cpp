@@ -8,7 +8,6 @@
 #include <openssl/evp.h>
 #include <sqlcipher/sqlite3.h>
 
-#include <QByteArray>
 #include <array>
 #include <memory>
 #include <vector>
@@ -22,40 +21,12 @@ namespace {
 // initialisation vector (16), the HMAC-SHA1 (20) over all before it and the page's number, and
 // filling up to a whole number of cipher blocks.
 constexpr std::size_t kSaltSize = 16;
-constexpr std::size_t kKeySize = 32;
 constexpr std::size_t kVectorSize = 16;
 constexpr std::size_t kCodeSize = 20;
 constexpr std::size_t kReserve = 48;
-constexpr std::uint8_t kCodeSaltMask = 0x3A;
-constexpr int kCodeKeyRounds = 2;
-
-using Salt = std::array<std::uint8_t, kSaltSize>;
-using Key = std::array<std::uint8_t, kKeySize>;
 
 [[noreturn]] void corrupt(const char* what) {
     throw DatabaseError(SQLITE_CORRUPT, QStringLiteral("page check: ") + QString::fromLatin1(what));
-}
-
-void derive(const void* secret, std::size_t size, const Salt& salt, int rounds, Key& out) {
-    if (PKCS5_PBKDF2_HMAC_SHA1(static_cast<const char*>(secret), static_cast<int>(size),
-                               salt.data(), static_cast<int>(salt.size()), rounds,
-                               static_cast<int>(out.size()), out.data()) != 1) {
-        throw DatabaseError(SQLITE_NOMEM, QStringLiteral("PKCS5_PBKDF2_HMAC_SHA1: failed"));
-    }
-}
-
-/// The key of the authentication code hangs on the page key, the page key on the password.
-void deriveCodeKey(const QString& password, const Salt& salt, int rounds, Key& out) {
-    QByteArray secret = password.toUtf8();
-    Key pageKey{};
-    derive(secret.constData(), static_cast<std::size_t>(secret.size()), salt, rounds, pageKey);
-    secureWipe(secret.data(), static_cast<std::size_t>(secret.size()));
-    Salt codeSalt = salt;
-    for (auto& byte : codeSalt) {
-        byte ^= kCodeSaltMask;
-    }
-    derive(pageKey.data(), pageKey.size(), codeSalt, kCodeKeyRounds, out);
-    secureWipe(pageKey.data(), pageKey.size());
 }
 
 sqlite3_file* fileOf(sqlite3* handle) {
@@ -77,7 +48,7 @@ void read(sqlite3_file* file, std::int64_t offset, void* out, int size) {
 /// HMAC-SHA1 under one key for many pages.
 class PageCode {
   public:
-    explicit PageCode(const Key& key)
+    explicit PageCode(const PageKey::Bytes& key)
         : m_mac(EVP_MAC_fetch(nullptr, OSSL_MAC_NAME_HMAC, nullptr)),
           m_context(EVP_MAC_CTX_new(m_mac)) {
         char digest[] = "SHA1";
@@ -128,17 +99,20 @@ std::int64_t rowsOf(Database& database, const QString& table) {
 
 }  // namespace
 
+PageKey::Salt saltOf(sqlite3* handle) {
+    PageKey::Salt salt{};
+    read(fileOf(handle), 0, salt.data(), static_cast<int>(salt.size()));
+    return salt;
+}
+
 void checkAllPages(const Database& database, const DatabaseOptions& options,
-                   const QString& password) {
+                   const PageKey& pageKey) {
     sqlite3_file* const file = fileOf(database.handle());
     sqlite3_int64 size = 0;
     if (const int result = file->pMethods->xFileSize(file, &size); result != SQLITE_OK) {
         throw DatabaseError(result, QStringLiteral("page check: size unknown"));
     }
-    Salt salt{};
-    read(file, 0, salt.data(), static_cast<int>(salt.size()));
-    Key key{};
-    deriveCodeKey(password, salt, options.keyRounds, key);
+    PageKey::Bytes key = pageKey.codeKey();
     PageCode code(key);
     secureWipe(key.data(), key.size());
 

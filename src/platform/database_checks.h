@@ -3,17 +3,19 @@
 
 #pragma once
 
-#include <QString>
-
 #include "platform/database.h"
+#include "platform/page_key.h"
 
 namespace keeper {
+
+/// Heads the file behind a connection. Throws DatabaseError.
+[[nodiscard]] PageKey::Salt saltOf(sqlite3* handle);
 
 /// Checks the authentication code of every page of an open database, those that no table uses
 /// included, which the engine itself never looks at. Throws DatabaseError (SQLITE_CORRUPT).
 /// REQUIRES: no transaction.
 void checkAllPages(const Database& database, const DatabaseOptions& options,
-                   const QString& password);
+                   const PageKey& pageKey);
 
 /// Throws DatabaseError (SQLITE_CORRUPT) unless both databases have the same tables with the same
 /// number of rows.
