@@ -3,10 +3,11 @@
 
 // Times a program from outside, by what the X server shows of it.
 // usage: session_timer FIRST-TITLE KEY SECOND-TITLE PROGRAM
-// Prints three times in milliseconds: from the start to the painted first window; from Return behind
-// the typed key to the painted second one; from SIGTERM to the end of the program. With an empty key
-// only the first. A window counts as painted when its picture has more than one colour, and a title
-// is a part of the whole one. No window manager may run: it would hold the windows back.
+// Prints three times in milliseconds: from the start to the painted first window; from Return
+// behind the typed key to the painted second one; from SIGTERM to the end of the program. With an
+// empty key only the first. A window counts as painted when its picture has more than one colour,
+// and a title is a part of the whole one. No window manager may run: it would hold the windows
+// back.
 
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
@@ -35,7 +36,8 @@ bool hasTitle(Display* display, Window window, const char* title) {
     if (XGetTextProperty(display, window, &property, name) == 0 || property.value == nullptr) {
         return false;
     }
-    const bool isSame = std::strstr(reinterpret_cast<const char*>(property.value), title) != nullptr;
+    const bool isSame =
+        std::strstr(reinterpret_cast<const char*>(property.value), title) != nullptr;
     XFree(property.value);
     return isSame;
 }

@@ -6,6 +6,7 @@
 #include <QDesktopServices>
 #include <QTimer>
 #include <QUrl>
+#include <utility>
 
 #include "app/destruction.h"
 #include "app/file_operator.h"
@@ -73,6 +74,7 @@ struct DesktopProgram::Graph {
     [[nodiscard]] Login::Ports loginPorts();
     [[nodiscard]] SessionEnd::Ports sessionEndPorts();
     void connectSession();
+    void buildMainWindow();
     void startWorkspace();
     void startSession();
     void endSession(CloseReason reason, AutoExit autoExit = AutoExit::None);
@@ -132,6 +134,7 @@ struct DesktopProgram::Graph {
     SessionWindows windows;
     SessionEnd sessionEnd;
     QTimer tmrRunTime;
+    bool isMainWindowBuilt = false;
 };
 
 DesktopProgram::Graph::Graph(QApplication& application)
@@ -242,13 +245,7 @@ SessionEnd::Ports DesktopProgram::Graph::sessionEndPorts() {
 }
 
 void DesktopProgram::Graph::connectSession() {
-    mainWindow.attach({{parts.workspace, parts.sheets, parts.directories, parts.drag},
-                       parts.pane,
-                       parts.disposal,
-                       parts.size});
-    protection.connectCommands({[this](int number) { return gate.demandAuthority(number); },
-                                [this] { endSessionSoon(); }});
-    secrets.carryOut(mainWindow.actions());
+    windows.setBehindLogin([this] { buildMainWindow(); });
     windows.setBeforeMain([this] { startWorkspace(); });
     QObject::connect(&tmrRunTime, &QTimer::timeout, &mainWindow, [this] {
         sessionEnd.tick();
@@ -288,7 +285,22 @@ void DesktopProgram::Graph::connectSession() {
     });
 }
 
+/// While the person types the key: the login window must not wait for it, nor the key.
+void DesktopProgram::Graph::buildMainWindow() {
+    if (std::exchange(isMainWindowBuilt, true)) {
+        return;
+    }
+    mainWindow.attach({{parts.workspace, parts.sheets, parts.directories, parts.drag},
+                       parts.pane,
+                       parts.disposal,
+                       parts.size});
+    protection.connectCommands({[this](int number) { return gate.demandAuthority(number); },
+                                [this] { endSessionSoon(); }});
+    secrets.carryOut(mainWindow.actions());
+}
+
 void DesktopProgram::Graph::startWorkspace() {
+    buildMainWindow();
     mainWindow.SetCaption(system.p_userName());
     protection.showGuard();
     parts.sheets.start();

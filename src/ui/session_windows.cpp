@@ -4,6 +4,8 @@
 #include "ui/session_windows.h"
 
 #include <QApplication>
+#include <QTimer>
+#include <chrono>
 
 #include "guard/login.h"
 #include "guard/wizard.h"
@@ -58,6 +60,10 @@ void SessionWindows::setStartFolder(const QString& folder) {
 SessionForms::LoginResult SessionWindows::showLogin() {
     m_login.load();
     frmLogin form(m_login, m_keyboard);
+    if (m_behindLogin) {
+        constexpr std::chrono::milliseconds kPainted{150};
+        QTimer::singleShot(kPainted, &form, m_behindLogin);
+    }
     form.run();
     return m_login.m_result();
 }

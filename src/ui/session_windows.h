@@ -45,6 +45,8 @@ class SessionWindows final : public SessionForms {
     LoginResult showLogin() override;
     bool showWizard() override;
     void showMain() override;
+    /// Runs while the login form waits for the person, once its window stands.
+    void setBehindLogin(std::function<void()> work) { m_behindLogin = std::move(work); }
     /// Fills the main window, just before it appears.
     void setBeforeMain(std::function<void()> work) { m_beforeMain = std::move(work); }
 
@@ -53,6 +55,7 @@ class SessionWindows final : public SessionForms {
     Wizard& m_wizard;
     const KeyboardState& m_keyboard;
     frmMain& m_main;
+    std::function<void()> m_behindLogin;
     std::function<void()> m_beforeMain;
     std::unique_ptr<frmSplash> m_splash;
 };
