@@ -87,6 +87,14 @@ void KeyBox::setText(const QString& text) {
     m_edit->setText(text);
 }
 
+void KeyBox::setShowButtonVisible(bool isVisible) {
+    // Its room stays, so that boxes above each other are of one width.
+    QSizePolicy policy = m_show->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    m_show->setSizePolicy(policy);
+    m_show->setVisible(isVisible);
+}
+
 void KeyBox::setShown(bool isShown) {
     m_show->setChecked(isShown);
 }

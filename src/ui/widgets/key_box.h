@@ -41,7 +41,7 @@ class KeyBox final : public QWidget {
     /// For texts that mostly are Chinese.
     void setInputMethodAllowed(bool isAllowed) { m_language->setChecked(isAllowed); }
     /// Without the button a stored key cannot be brought to light.
-    void setShowButtonVisible(bool isVisible) { m_show->setVisible(isVisible); }
+    void setShowButtonVisible(bool isVisible);
     void selectAll() { m_edit->selectAll(); }
     [[nodiscard]] QString warning() const { return m_warning->text(); }
     /// For the form's object name, focus chain and event filters.

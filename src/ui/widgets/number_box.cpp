@@ -11,7 +11,9 @@
 namespace keeper {
 
 NumberBox::NumberBox(QWidget* parent) : QSpinBox(parent) {
+    // The edit is silent about the arrows, and the number about what is not one.
     connect(lineEdit(), &QLineEdit::textChanged, this, &NumberBox::typed);
+    connect(this, &QSpinBox::textChanged, this, &NumberBox::typed);
     connect(this, &QSpinBox::editingFinished, this, [this] {
         if (std::exchange(m_isUnfinished, false)) {
             Q_EMIT leftUnfinished();
