@@ -227,6 +227,9 @@ void SealedDatabase::moveToNewKey(const QString& oldPassword, const QString& new
 /// which of them counts, and that one is open now.
 void SealedDatabase::removeRelatives() {
     const QFileInfo mine(m_tmpFile);
+    if (!m_tmpFile.endsWith(kWorkingSuffix)) {
+        return;
+    }
     const QString family = familyOf(m_tmpFile);
     const QDir folder = mine.dir();
     for (const QString& name :
