@@ -173,6 +173,7 @@ Database::Database(DatabaseOptions options) : m_options(options) {
 }
 
 Database::~Database() {
+    dropStatements();
     sqlite3_close_v2(m_handle);
 }
 
@@ -265,6 +266,7 @@ void Database::close() {
     if (m_handle == nullptr) {
         return;
     }
+    dropStatements();
     check(m_handle, sqlite3_close(m_handle), "sqlite3_close");
     m_handle = nullptr;
     m_path.clear();
@@ -280,6 +282,7 @@ void Database::rekey(const QString& oldPassword, const QString& newPassword) {
         return connect(m_path, password, /*isNew=*/false);
     };
     const auto takeOver = [this](sqlite3* second) {
+        dropStatements();
         check(m_handle, sqlite3_close(m_handle), "sqlite3_close");
         m_handle = second;
     };

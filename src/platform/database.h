@@ -8,7 +8,9 @@
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <string_view>
+#include <unordered_map>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -97,6 +99,11 @@ class Database {
     [[nodiscard]] sqlite3* handle() const { return m_handle; }
 
   private:
+    friend class Statement;
+    /// A statement that nobody runs, prepared now or kept from an earlier use.
+    [[nodiscard]] sqlite3_stmt* takeStatement(const char* sql);
+    void giveBack(sqlite3_stmt* statement) noexcept;
+    void dropStatements();
     [[nodiscard]] sqlite3* connect(const QString& path, const QString& password, bool isNew,
                                    std::unique_ptr<PageKey>* pageKey = nullptr) const;
     void checkSize() const;
@@ -104,12 +111,14 @@ class Database {
     sqlite3* m_handle = nullptr;
     QString m_path;
     DatabaseOptions m_options;
+    /// Preparing costs more than to look one entry up. Reset and without values.
+    std::unordered_map<std::string, sqlite3_stmt*> m_idleStatements;
 };
 
-/// A prepared statement. Parameters count from 1, columns from 0. Dates and times are both stored
-/// as 19 characters "YYYY-MM-DDThh:mm:ss" in local time (a date alone at 00:00:00), so that they
-/// sort and compare as text. An invalid date is stored as null and read back invalid; a year
-/// outside 1 .. 9999 is refused.
+/// A prepared statement; the database keeps it for the next of the same text. Parameters count from
+/// 1, columns from 0. Dates and times are both stored as 19 characters "YYYY-MM-DDThh:mm:ss" in
+/// local time (a date alone at 00:00:00), so that they sort and compare as text. An invalid date is
+/// stored as null and read back invalid; a year outside 1 .. 9999 is refused.
 class Statement {
   public:
     Statement(Database& database, const char* sql);
@@ -145,11 +154,14 @@ class Statement {
     /// A time that the local clock leaves out reads as the moment behind the gap.
     [[nodiscard]] QDateTime dateTime(int column) const;
     [[nodiscard]] QDate date(int column) const { return dateTime(column).date(); }
+    /// Whether both stand on rows of the same columns, types and bytes.
+    [[nodiscard]] bool isSameRowAs(const Statement& other) const;
 
   private:
     [[noreturn]] void fail(const char* call) const;
     void check(int result, const char* call) const;
 
+    Database& m_database;
     sqlite3* m_handle;
     sqlite3_stmt* m_statement = nullptr;
 };

@@ -89,12 +89,15 @@ class PageCode {
     EVP_MAC_CTX* m_context;
 };
 
-std::int64_t rowsOf(Database& database, const QString& table) {
-    QString quoted = table;
-    quoted.replace(u'"', QStringLiteral("\"\""));
-    const QString sql = QStringLiteral("SELECT count(*) FROM \"%1\"").arg(quoted);
-    Statement count(database, sql.toUtf8().constData());
-    return count.step() ? count.integer(0) : -1;
+bool haveSameRows(Database& left, Database& right, const char* sql) {
+    Statement leftRows(left, sql);
+    Statement rightRows(right, sql);
+    while (leftRows.step()) {
+        if (!rightRows.step() || !leftRows.isSameRowAs(rightRows)) {
+            return false;
+        }
+    }
+    return !rightRows.step();
 }
 
 }  // namespace
@@ -131,19 +134,16 @@ void checkAllPages(const Database& database, const DatabaseOptions& options,
 }
 
 void compareTables(Database& left, Database& right) {
-    constexpr char kTables[] =
-        "SELECT name FROM sqlite_master WHERE type='table' AND name NOT LIKE 'sqlite~_%' ESCAPE '~'"
-        " ORDER BY name";
-    Statement leftTables(left, kTables);
-    Statement rightTables(right, kTables);
-    while (leftTables.step()) {
-        const QString table = leftTables.text(0);
-        if (!rightTables.step() || rightTables.text(0) != table ||
-            rowsOf(left, table) != rowsOf(right, table)) {
-            corrupt("tables differ");
-        }
+    constexpr char kSchema[] = "SELECT type, name, tbl_name, sql FROM sqlite_master ORDER BY name";
+    bool isSame = haveSameRows(left, right, kSchema);
+    Statement tables(
+        left,
+        "SELECT 'SELECT * FROM \"' || replace(name, '\"', '\"\"') || '\" ORDER BY rowid'"
+        " FROM sqlite_master WHERE type='table' AND name NOT LIKE 'sqlite~_%' ESCAPE '~'");
+    while (isSame && tables.step()) {
+        isSame = haveSameRows(left, right, tables.text(0).toUtf8().constData());
     }
-    if (rightTables.step()) {
+    if (!isSame) {
         corrupt("tables differ");
     }
 }

@@ -18,7 +18,7 @@ void checkAllPages(const Database& database, const DatabaseOptions& options,
                    const PageKey& pageKey);
 
 /// Throws DatabaseError (SQLITE_CORRUPT) unless both databases have the same tables with the same
-/// number of rows.
+/// rows in the same order.
 void compareTables(Database& left, Database& right);
 
 }  // namespace keeper

@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <array>
+#include <new>
 
 #include "crypto/secure_wipe.h"
 #include "platform/database.h"
@@ -13,6 +14,8 @@ namespace keeper {
 namespace {
 
 constexpr int kDateLength = 19;
+/// More than the program has texts of statements.
+constexpr std::size_t kMostIdleStatements = 128;
 
 void putDigits(char* out, int count, int value) {
     for (int i = count - 1; i >= 0; --i) {
@@ -62,15 +65,53 @@ const unsigned char* textOf(sqlite3* handle, sqlite3_stmt* statement, int column
 
 }  // namespace
 
-Statement::Statement(Database& database, const char* sql) : m_handle(database.handle()) {
+sqlite3_stmt* Database::takeStatement(const char* sql) {
     if (m_handle == nullptr) {
         throw DatabaseError(SQLITE_MISUSE, QStringLiteral("sqlite3_prepare_v2: not open"));
     }
-    check(sqlite3_prepare_v2(m_handle, sql, -1, &m_statement, nullptr), "sqlite3_prepare_v2");
+    if (auto kept = m_idleStatements.extract(sql); !kept.empty()) {
+        return kept.mapped();
+    }
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_prepare_v2(m_handle, sql, -1, &statement, nullptr) != SQLITE_OK) {
+        throw DatabaseError(sqlite3_extended_errcode(m_handle),
+                            QStringLiteral("sqlite3_prepare_v2: %1")
+                                .arg(QString::fromUtf8(sqlite3_errmsg(m_handle))));
+    }
+    return statement;
 }
 
+void Database::giveBack(sqlite3_stmt* statement) noexcept {
+    if (statement == nullptr) {
+        return;
+    }
+    sqlite3_reset(statement);
+    // The values may be secrets.
+    sqlite3_clear_bindings(statement);
+    bool isKept = false;
+    try {
+        isKept = m_idleStatements.size() < kMostIdleStatements &&
+                 m_idleStatements.try_emplace(sqlite3_sql(statement), statement).second;
+    } catch (const std::bad_alloc&) {
+        isKept = false;
+    }
+    if (!isKept) {
+        sqlite3_finalize(statement);
+    }
+}
+
+void Database::dropStatements() {
+    for (const auto& [sql, statement] : m_idleStatements) {
+        sqlite3_finalize(statement);
+    }
+    m_idleStatements.clear();
+}
+
+Statement::Statement(Database& database, const char* sql)
+    : m_database(database), m_handle(database.handle()), m_statement(database.takeStatement(sql)) {}
+
 Statement::~Statement() {
-    sqlite3_finalize(m_statement);
+    m_database.giveBack(m_statement);
 }
 
 void Statement::fail(const char* call) const {
@@ -170,6 +211,20 @@ std::string_view Statement::utf8(int column) const {
 
 std::int64_t Statement::integer(int column) const {
     return sqlite3_column_int64(m_statement, column);
+}
+
+bool Statement::isSameRowAs(const Statement& other) const {
+    const int columns = sqlite3_data_count(m_statement);
+    if (sqlite3_data_count(other.m_statement) != columns) {
+        return false;
+    }
+    for (int i = 0; i < columns; ++i) {
+        if (sqlite3_column_type(m_statement, i) != sqlite3_column_type(other.m_statement, i) ||
+            utf8(i) != other.utf8(i)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 QDateTime Statement::dateTime(int column) const {

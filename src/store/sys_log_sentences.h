@@ -36,6 +36,10 @@ struct LogPlaceholders {
     QStringView values;
 };
 
+/// For a status that is taken out of the vocabulary, so that old rows of it can still be shown.
+/// None has been so far.
+inline constexpr QStringView kRetiredSentence = u"(本状态已过时)";
+
 /// The whole vocabulary, ascending by status.
 [[nodiscard]] std::span<const LogSentence> logSentences();
 [[nodiscard]] std::span<const LogPlaceholders> logPlaceholders();

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "platform/database.h"
+#include "platform/database_checks.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -202,6 +203,10 @@ TEST_F(DatabaseTest, ExportsACompactSoundCopy) {
     Statement version(copy, "PRAGMA user_version");
     ASSERT_TRUE(version.step());
     EXPECT_EQ(version.integer(0), 5);
+    // A copy is not trusted for its number of rows alone.
+    EXPECT_EQ(failureOf([&] { compareTables(database, copy); }), SQLITE_OK);
+    copy.execute("UPDATE t SET a=a+100 WHERE a=9");
+    EXPECT_EQ(failureOf([&] { compareTables(database, copy); }), SQLITE_CORRUPT);
 }
 
 TEST_F(DatabaseTest, NothingRunsOnAClosedDatabase) {

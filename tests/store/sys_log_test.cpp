@@ -77,6 +77,7 @@ TEST(SysLogSentence, ListsTheWholeVocabularyWithoutRows) {
         EXPECT_FALSE(text.isEmpty()) << status;
         EXPECT_FALSE(text.contains(u"【】"_s) || text.contains(u"[]"_s)) << status;
         EXPECT_FALSE(text.contains(QLatin1Char('{'))) << text.toStdString();
+        EXPECT_NE(text, kRetiredSentence);
     }
     EXPECT_EQ(sentence(0, 1, u"a"_s), QString());
     EXPECT_EQ(sentence(SysLog::kLastStatus + 1, 1, u"a"_s), QString());

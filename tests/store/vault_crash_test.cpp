@@ -39,6 +39,11 @@ class VaultCrashTest : public testing::Test {
   protected:
     void SetUp() override {
         ASSERT_TRUE(m_folder.isValid());
+        for (const char* name : {"HOME", "TMPDIR", "SQLITE_TMPDIR"}) {
+            const QString place = m_folder.filePath(QString::fromLatin1(name));
+            ASSERT_TRUE(QDir().mkpath(place));
+            qputenv(name, place.toUtf8());
+        }
         m_shared = static_cast<Shared*>(::mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE,
                                                MAP_SHARED | MAP_ANONYMOUS, -1, 0));
         VaultSession session(m_folder.path());
@@ -103,15 +108,30 @@ class VaultCrashTest : public testing::Test {
         EXPECT_EQ(session.database.checkIntegrity(), QString());
         return session.rows();
     }
+    /// Looks at all that the child could write: state and private folder, home and temporary files.
     void expectNothingInClear() {
-        for (const char* name : {"state", "private"}) {
-            const QDir folder(m_folder.filePath(QString::fromLatin1(name)));
-            for (const QString& file : folder.entryList(QDir::Files | QDir::Hidden)) {
-                const QByteArray content = contentOf(folder.filePath(file));
-                EXPECT_FALSE(content.contains("SQLite format"));
-                EXPECT_FALSE(content.contains(QStringLiteral("密文检查").toUtf8()));
-            }
+        const QString text = QStringLiteral("密文检查");
+        QDirIterator walk(m_folder.path(), QDir::Files | QDir::Hidden,
+                          QDirIterator::Subdirectories);
+        while (walk.hasNext()) {
+            const QString file = walk.next();
+            const QByteArray content = contentOf(file);
+            EXPECT_FALSE(content.contains("SQLite format") || content.contains("CREATE TABLE") ||
+                         content.contains(text.toUtf8()))
+                << file.toStdString();
         }
+    }
+    /// What a kill left behind does not outlive the next session that compacts and seals.
+    void expectLeftoversGo() {
+        VaultSession session(m_folder.path());
+        session.keys.plain = m_shared->hasNewKey ? kNewKey : kOldKey;
+        const QString active = QString::fromUtf8(m_shared->activeFile.data());
+        session.vault.GetResumeTempFile(active);
+        ASSERT_TRUE(QFileInfo::exists(active) ? session.connectUnder(session.keys.plain)
+                                              : session.open());
+        ASSERT_TRUE(session.vault.CompactDB(false) && session.seal());
+        EXPECT_EQ(session.filesIn(session.stateFolder), QStringList());
+        EXPECT_EQ(session.filesIn(m_folder.filePath(QStringLiteral("private"))).size(), 1);
     }
 
     void killAtEachCall(const std::function<bool(VaultSession&)>& operation) {
@@ -134,6 +154,7 @@ class VaultCrashTest : public testing::Test {
             EXPECT_GE(rows, m_shared->acknowledged) << "killed at call " << call;
             EXPECT_LE(rows, 3);
             expectNothingInClear();
+            expectLeftoversGo();
             if (HasFailure()) {
                 return;
             }
