@@ -9,17 +9,16 @@
 
 #include <QTemporaryDir>
 #include <array>
-#include <cstdio>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "bench_ports.h"
 #include "crypto/cryptor3.h"
 #include "plain_sqlite.h"
 #include "platform/clock.h"
 #include "platform/database.h"
-#include "platform/prompt.h"
 #include "store/column_cipher.h"
 #include "store/companions.h"
 #include "store/directories.h"
@@ -32,37 +31,6 @@ namespace keeper {
 namespace {
 
 constexpr int kEntriesOfADirectory = 80;
-
-/// A message box in a benchmark is an error of the benchmark.
-class FatalPrompt final : public Prompt {
-  public:
-    Answer messageBox(const QString& text, Icon, Buttons, const QString&,
-                      std::optional<Answer>) override {
-        std::fprintf(stderr, "%s\n", text.toUtf8().constData());
-        std::exit(1);
-    }
-    std::optional<QString> inputBox(const QString&, const QString&, const QString&) override {
-        return {};
-    }
-    QString openFile(const QString&, const QString&, const QString&) override { return {}; }
-    QString saveFile(const QString&, const QString&, const QString&) override { return {}; }
-    QString chooseFolder(const QString&, const QString&) override { return {}; }
-};
-
-class PlainColumns final : public ColumnKey {
-  public:
-    [[nodiscard]] bool p_idpPwdSwitch() const override { return false; }
-    [[nodiscard]] QString p_plainIdpPwd() const override { return {}; }
-};
-
-class FatalHost final : public CryptorHost {
-  public:
-    void showMessage(Severity, const QString& text) override {
-        std::fprintf(stderr, "%s\n", text.toUtf8().constData());
-        std::exit(1);
-    }
-    void turnEventLoop() override {}
-};
 
 QString pair(int value) {
     return QStringLiteral("%1").arg(value, 2, 10, QLatin1Char('0'));
@@ -305,6 +273,37 @@ void AddCommitted(benchmark::State& state) {
     }
 }
 
+/// The same two rows in one transaction.
+void AddPlain(benchmark::State& state) {
+    World& world = World::of(static_cast<int>(state.range(0)));
+    PlainSqlite::Query entry(*world.plain,
+                             "insert into tb_Entry values(?,?,?,?,?,?,0,1,0,?,?,?,0)");
+    PlainSqlite::Query net(*world.plain, "insert into tb_Net values(?,?,?,?,?)");
+    PlainSqlite::Query remove(*world.plain, "delete from tb_Entry where dirPath=? and entNo='99'");
+    const auto fill = [](PlainSqlite::Query& query, const QStringList& values) {
+        query.reset();
+        for (int i = 0; i < values.size(); ++i) {
+            query.bind(i + 1, values.at(i).toStdString());
+        }
+        query.step();
+        query.reset();
+    };
+    int place = 81;
+    for (auto _ : state) {
+        const Web web = webAt(0);
+        const QString dirPath = directoryAt(scattered(place++, world.count / kEntriesOfADirectory));
+        world.plain->execute("begin immediate");
+        fill(entry, {dirPath, QStringLiteral("99"), web.m_Title, web.m_pwdName, web.m_customPwd,
+                     web.m_Remarks, QStringLiteral("2026-05-20T00:00:00"),
+                     QStringLiteral("2026-05-20T12:00:00"), QStringLiteral("2026-05-20T00:00:00")});
+        fill(net, {dirPath, QStringLiteral("99"), web.m_numName, web.m_customNum, web.m_Address});
+        world.plain->execute("commit");
+        state.PauseTiming();
+        fill(remove, {dirPath});
+        state.ResumeTiming();
+    }
+}
+
 void ModifyCommitted(benchmark::State& state) {
     World& world = World::of(static_cast<int>(state.range(0)));
     int step = 0;
@@ -372,6 +371,7 @@ BENCHMARK(ReadAllPlainTouch)->Apply(sizes)->Unit(benchmark::kMillisecond);
 BENCHMARK(SearchByNumber)->Apply(sizes)->Unit(benchmark::kMicrosecond);
 BENCHMARK(SearchPlain)->Apply(sizes)->Unit(benchmark::kMicrosecond);
 BENCHMARK(AddCommitted)->Apply(sizes)->Unit(benchmark::kMicrosecond)->Iterations(200);
+BENCHMARK(AddPlain)->Apply(sizes)->Unit(benchmark::kMicrosecond)->Iterations(200);
 BENCHMARK(ModifyCommitted)->Apply(sizes)->Unit(benchmark::kMicrosecond)->Iterations(200);
 BENCHMARK(ModifyPlain)->Apply(sizes)->Unit(benchmark::kMicrosecond)->Iterations(200);
 BENCHMARK(AppendToLog)->Apply(sizes)->Unit(benchmark::kMicrosecond)->Iterations(200);
