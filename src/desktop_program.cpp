@@ -171,7 +171,8 @@ DesktopProgram::Graph::Graph(QApplication& application)
       road({prompt, clock, system, connection, sealed, guard, logs, users, osInfo, connecting,
             destruction, [this] { return protection.unlockColumns(); }}),
       login(loginPorts()),
-      wizard({prompt, clock, random, system, sealed, guard, fils, users, regedit}),
+      wizard({prompt, clock, random, system, sealed, guard, fils, users, regedit,
+              QApplication::applicationDirPath()}),
       gate({system.settings(), sealed,
             [this] {
                 return protection.authenticate(Authentication::SecretType::IndependentPassword);

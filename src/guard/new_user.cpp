@@ -3,6 +3,7 @@
 
 #include "guard/new_user.h"
 
+#include <QFile>
 #include <QFileInfo>
 
 #include "app/private_folder.h"
@@ -29,6 +30,14 @@ bool hasForbidden(const QString& text) {
     return std::any_of(text.begin(), text.end(), [](QChar unit) {
         return kForbidden.contains(unit) || unit.category() == QChar::Other_Control;
     });
+}
+
+/// Example content that a distribution may lay beside the program. A new user is complete without.
+void copyExample(const QString& programFolder, const QString& name, const QString& folder) {
+    const QString source = programFolder + u'/' + name;
+    if (!programFolder.isEmpty() && QFileInfo(source).isFile()) {
+        QFile::copy(source, folder + u'/' + name);
+    }
 }
 
 }  // namespace
@@ -81,9 +90,15 @@ bool checkNewIndependentPassword(const QString& password, QString& message) {
     return message.isEmpty();
 }
 
-bool CreateUser(System& system, SealedDatabase& database, const QDateTime& now) {
+bool CreateUser(System& system, SealedDatabase& database, const QString& programFolder,
+                const QDateTime& now) {
     ensurePrivateFolder(system.p_privateFolder());
-    return system.RepairPrivateFolder() && database.CreateWorkingCopy(now);
+    if (!system.RepairPrivateFolder() || !database.CreateWorkingCopy(now)) {
+        return false;
+    }
+    copyExample(programFolder, QStringLiteral("软件说明.txt"), system.p_defEncrypted());
+    copyExample(programFolder, QStringLiteral("仙本那.jpg.aes"), system.p_defBGPictures());
+    return true;
 }
 
 }  // namespace keeper

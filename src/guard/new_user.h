@@ -24,7 +24,9 @@ class Users;
 [[nodiscard]] bool checkNewLoginKey(const QString& key, QString& message);
 [[nodiscard]] bool checkNewIndependentPassword(const QString& password, QString& message);
 
-/// Lays out the private folder of the session's user and the working copy of a new database.
-[[nodiscard]] bool CreateUser(System& system, SealedDatabase& database, const QDateTime& now);
+/// Lays out the private folder of the session's user and the working copy of a new database, and
+/// copies the example content that lies in `programFolder`.
+[[nodiscard]] bool CreateUser(System& system, SealedDatabase& database,
+                              const QString& programFolder, const QDateTime& now);
 
 }  // namespace keeper

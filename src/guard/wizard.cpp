@@ -215,7 +215,7 @@ void Wizard::build() {
     system.settings().p_idpPwdTip(m_state.independentPasswordTip);
 
     QString message;
-    if (!CreateUser(system, m_ports.database, m_ports.clock.now())) {
+    if (!CreateUser(system, m_ports.database, m_ports.programFolder, m_ports.clock.now())) {
         fail(QStringLiteral("创建"), QStringLiteral("创建私人文件夹或密码数据库失败！"));
     }
     if (!m_ports.database.ConnAccess(SealedDatabase::GetAccessDBSec(false, QString()), message)) {

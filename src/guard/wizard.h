@@ -53,6 +53,8 @@ class Wizard {
         Fils& files;
         Users& users;
         Regedit& registry;
+        /// Where the program lies; empty for none.
+        QString programFolder = {};
     };
 
     explicit Wizard(const Ports& ports);

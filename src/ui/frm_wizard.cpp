@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
@@ -78,7 +79,9 @@ frmWizard::frmWizard(Wizard& wizard, const KeyboardState& keyboard, QWidget* par
     layout->setSpacing(unit);
     layout->addWidget(fraWizard, 1);
     layout->addLayout(commands);
-    resize(fontMetrics().averageCharWidth() * 84, unit * 26);
+    // On a small or much enlarged screen the pages wrap instead of leaving it.
+    resize(QSize(fontMetrics().averageCharWidth() * 84, unit * 26)
+               .boundedTo(screen()->availableSize() - QSize(unit, unit * 3)));
 
     connect(cmdNext, &QPushButton::clicked, this, [this] { m_wizard.cmdNext(); });
     connect(cmdBack, &QPushButton::clicked, this, [this] { m_wizard.cmdBack(); });

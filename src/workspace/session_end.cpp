@@ -135,6 +135,10 @@ void SessionEnd::seal() {
     }
     if (m_hasBackup) {
         copyBackup();
+    } else if (mode == CryptMode::SealAfterFailedBackup) {
+        // The sealing is over before anybody can read it in its window.
+        m_ports.showBalloon(QStringLiteral("退出备份失败"),
+                            QStringLiteral("指定备份路径无效：%1").arg(m_backupPath));
     }
     writeUser();
 }

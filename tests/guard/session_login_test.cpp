@@ -6,6 +6,7 @@
 #include <QDir>
 
 #include "support/campaign_setting.h"
+#include "support/file_size_limit.h"
 #include "support/session_fixture.h"
 
 namespace keeper {
@@ -298,6 +299,26 @@ TEST_F(SessionTest, TheWizardRefusesWhatCannotBecomeAUser) {
     EXPECT_EQ(prompt.takeTexts().size(), 1);
     EXPECT_TRUE(QFileInfo::exists(wizard.state().privateFolder));
     EXPECT_EQ(wizard.m_result(), 0);
+}
+
+TEST_F(SessionTest, AWizardThatFailsHalfwayLeavesNoTrace) {
+    leaveAndRestart();
+    const QString newFolder = QFileInfo(folder).absolutePath() + QStringLiteral("/MORV - second");
+    const QDir state(program->folders.state + QStringLiteral("/morvane-keeper"));
+    // A disk that is full after so many bytes: while the database is made, re-keyed, or sealed.
+    int failures = 0;
+    for (bool isBuilt = false; !isBuilt; failures += isBuilt ? 0 : 1) {
+        ASSERT_LT(failures, 100);
+        {
+            const FileSizeLimit limit(static_cast<rlim_t>(failures) * 8192);
+            isBuilt = program->build(QStringLiteral("second"), key);
+        }
+        EXPECT_EQ(QFileInfo::exists(newFolder), isBuilt) << failures;
+        EXPECT_EQ(state.entryList(QDir::Files).isEmpty(), !isBuilt) << failures;
+        EXPECT_EQ(prompt.takeTexts().isEmpty(), isBuilt) << failures;
+        EXPECT_TRUE(QFileInfo::exists(sealedFile) && stored());
+    }
+    EXPECT_GT(failures, 5);
 }
 
 }  // namespace
