@@ -9,7 +9,9 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -53,9 +55,24 @@ class NoHost final : public CryptorHost {
     void turnEventLoop() override {}
 };
 
-class NoLoop final : public EventLoop {
+/// Keeps the longest time in which a window could not have painted.
+class WatchedLoop final : public EventLoop {
   public:
-    void turn() override {}
+    using Clock = std::chrono::steady_clock;
+    Clock::time_point last = Clock::now();
+    Clock::duration longest{};
+    void turn() override {
+        const Clock::time_point now = Clock::now();
+        longest = std::max(longest, now - last);
+        last = now;
+    }
+    void restart() {
+        last = Clock::now();
+        longest = {};
+    }
+    [[nodiscard]] double milliseconds() const {
+        return std::chrono::duration<double, std::milli>(longest).count();
+    }
 };
 
 class BenchKey final : public ColumnKey {
@@ -114,7 +131,7 @@ struct Columns {
     QTemporaryDir folder;
     NoPerson prompt;
     NoHost host;
-    NoLoop loop;
+    WatchedLoop loop;
     BenchKey key;
     Cryptor3 cipher{host};
     Database database{{.keyRounds = 10}};
@@ -145,6 +162,8 @@ void SwitchColumns(benchmark::State& state) {
     Columns& world = Columns::world();
     ColumnCryption cryption(world.database, world.prompt, world.loop, world.cipher, world.key);
     int percent = 0;
+    double worstTurn = 0;
+    double worstCommit = 0;
     cryption.DisplayProgress = [&](int done) { percent = done; };
     const bool turnsOn = state.range(0) != 0;
     if (!turnsOn) {
@@ -152,10 +171,15 @@ void SwitchColumns(benchmark::State& state) {
     }
     for (auto _ : state) {
         Transaction transaction(world.database);
+        world.loop.restart();
         if (cryption.Handle(turnsOn) != ColumnCryption::Outcome::Done) {
             state.SkipWithError("not done");
         }
+        worstTurn = std::max(worstTurn, world.loop.milliseconds());
+        world.loop.restart();
         transaction.commit();
+        world.loop.turn();
+        worstCommit = std::max(worstCommit, world.loop.milliseconds());
         state.PauseTiming();
         Transaction back(world.database);
         (void)cryption.Handle(!turnsOn);
@@ -165,6 +189,8 @@ void SwitchColumns(benchmark::State& state) {
     if (!turnsOn) {
         bareParts(world, false);
     }
+    state.counters["longest_ms_without_a_turn"] = worstTurn;
+    state.counters["commit_ms"] = worstCommit;
     state.SetItemsProcessed(state.iterations() * 5 * kRowsOfATable);
 }
 

@@ -25,9 +25,7 @@ constexpr int kSwitchedOff = 1;
 
 ColumnSwitch::ColumnSwitch(const Ports& ports) : m_ports(ports) {
     m_ports.cryption.DisplayProgress = [this](int percent) {
-        if (std::exchange(m_state.percent, percent) != percent) {
-            notify();
-        }
+        m_columnCcryption_DisplayProgress(percent);
     };
 }
 
@@ -48,6 +46,12 @@ void ColumnSwitch::load() {
     m_closesAtEnd = false;
     m_state = State();
     showSwitch();
+}
+
+void ColumnSwitch::m_columnCcryption_DisplayProgress(int percent) {
+    if (std::exchange(m_state.percent, percent) != percent) {
+        notify();
+    }
 }
 
 void ColumnSwitch::showSwitch() {
@@ -115,7 +119,7 @@ bool ColumnSwitch::checkValid(const QString& entry, bool turnsOn) {
     if (entry.isEmpty()) {
         return refuse(QStringLiteral("您忘记输入密码了！"));
     }
-    if (!identify(entry)) {
+    if (!IdentifySecret(entry)) {
         return false;
     }
     return m_ports.prompt.messageBox(turnsOn ? QStringLiteral("即将开启列级加密，确定继续？")
@@ -124,7 +128,7 @@ bool ColumnSwitch::checkValid(const QString& entry, bool turnsOn) {
                                      Prompt::Buttons::OkCancel) == Prompt::Answer::Ok;
 }
 
-bool ColumnSwitch::identify(const QString& entry) {
+bool ColumnSwitch::IdentifySecret(const QString& entry) {
     using Outcome = IndependentPassword::Outcome;
     const Outcome outcome =
         m_ports.secret.IdentifySecret(entry, QStringLiteral("dlgColumnCryption.IdentifySecret"));

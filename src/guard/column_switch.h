@@ -67,7 +67,8 @@ class ColumnSwitch {
 
   private:
     [[nodiscard]] bool checkValid(const QString& entry, bool turnsOn);
-    [[nodiscard]] bool identify(const QString& entry);
+    [[nodiscard]] bool IdentifySecret(const QString& entry);
+    void m_columnCcryption_DisplayProgress(int percent);
     [[nodiscard]] ColumnCryption::Outcome convert(bool turnsOn);
     [[nodiscard]] ColumnCryption::Outcome convertInTransaction(bool turnsOn);
     [[nodiscard]] bool record(bool turnsOn);

@@ -73,7 +73,7 @@ Login::Focus Login::activate() {
         m_ports.prompt.messageBox(QStringLiteral("注意：大写锁定已打开！"),
                                   Prompt::Icon::Exclamation);
     }
-    return m_user != nullptr && m_user->p_remLgnKey() ? Focus::RememberKey : Focus::Key;
+    return m_user != nullptr && needsNoKey() ? Focus::RememberKey : Focus::Key;
 }
 
 void Login::takeStartFolder() {
@@ -122,7 +122,7 @@ void Login::InitUserInterface(int state) {
     m_state.remLgnKey = m_state.hasUser && m_user->p_remLgnKey();
     m_state.fingerprint = m_state.hasUser && m_user->p_fingerprint();
     secureWipe(m_mirror);
-    m_state.keyText = m_state.remLgnKey ? QStringLiteral("*") : QString();
+    m_state.keyText = m_state.hasUser && needsNoKey() ? QStringLiteral("*") : QString();
     m_state.keyToolTip = m_state.hasUser ? m_user->p_lgnKeyTip() : QString();
     m_state.chancesText.clear();
     m_state.chancesTone = LoginState::Tone::Normal;
@@ -214,7 +214,7 @@ void Login::OnLoginClicked() {
 }
 
 bool Login::acceptsBlindTest() {
-    return m_user->p_remLgnKey() || !m_user->p_hashLgnKey().isEmpty() ||
+    return needsNoKey() || !m_user->p_hashLgnKey().isEmpty() ||
            m_ports.prompt.messageBox(
                QStringLiteral("本机没有登录过这个密码数据库，无法预先核对密钥。\r\n"
                               "密钥错误时，密码数据库及私人文件夹会被紧急销毁。"
@@ -223,7 +223,7 @@ bool Login::acceptsBlindTest() {
 }
 
 bool Login::VerifyTypedKey() {
-    if (m_user->p_remLgnKey()) {
+    if (needsNoKey()) {
         return true;
     }
     if (!m_user->p_hashLgnKey().isEmpty() && !m_user->CheckLgnKey(m_mirror)) {
@@ -298,6 +298,10 @@ bool Login::IsBanned() {
         return true;
     }
     return false;
+}
+
+bool Login::needsNoKey() const {
+    return m_user->p_remLgnKey() && !m_user->p_fingerprint();
 }
 
 bool Login::offersFingerprint() const {

@@ -126,6 +126,8 @@ class Login {
     void notify();
     void ShowMessage(const QString& text, LoginState::Tone tone);
     [[nodiscard]] bool attemptsAreUsedUp() const;
+    /// Whether the key need not be given. A user with a fingerprint gives the finger or the key.
+    [[nodiscard]] bool needsNoKey() const;
     /// A finger stands for the remembered key, so there must be one.
     [[nodiscard]] bool offersFingerprint() const;
     /// A machine without a hash tests the key by unsealing, which destroys under a wrong one: the

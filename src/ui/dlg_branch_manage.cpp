@@ -63,7 +63,7 @@ void dlgBranchManage::build() {
     auto* lifetime = new QHBoxLayout;
     lifetime->addWidget(sldBrchAliveDays, 1);
     lifetime->addWidget(lblDays);
-    rows->addRow(QStringLiteral("将分机存活期更新为(&U)："), lifetime);
+    rows->addRow(QStringLiteral("将分机存活期更新为："), lifetime);
     if (auto* label = qobject_cast<QLabel*>(rows->labelForField(lifetime))) {
         label->setBuddy(sldBrchAliveDays);
     }

@@ -199,7 +199,10 @@ TEST_F(AuthenticationTest, AFingerStandsForARememberedKey) {
     program->login.activate();
     EXPECT_EQ(program->fingersAsked, 1);
     EXPECT_TRUE(stored()->p_fingerprint());
-    EXPECT_FALSE(program->login.isClosed()) << "a strange finger leads nowhere";
+    EXPECT_EQ(program->login.state().keyText, QString());
+    program->login.OnLoginClicked();
+    EXPECT_EQ(lastText(), QStringLiteral("您忘记输入密钥了！"));
+    EXPECT_FALSE(program->login.isClosed()) << "neither a strange finger nor none leads in";
     restart();
     program->hasReader = program->knowsFinger = true;
     program->login.activate();
