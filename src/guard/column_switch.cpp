@@ -69,10 +69,7 @@ void ColumnSwitch::chkCryptionStatus(const QString& entry) {
     const bool isValid = checkValid(entry, turnsOn);
     // The form may have been closed while a question stood on the screen.
     if (!isValid || m_isClosed) {
-        showSwitch();
-        if (!m_isClosed && entryRefused) {
-            entryRefused();
-        }
+        returnToRest();
         return;
     }
     m_state.isOn = turnsOn;
@@ -86,9 +83,16 @@ void ColumnSwitch::chkCryptionStatus(const QString& entry) {
     }
     m_state.isRunning = m_state.isStopping = false;
     m_isClosed = m_closesAtEnd;
-    showSwitch();
+    returnToRest();
     if (!m_isClosed) {
         tell(outcome, turnsOn);
+    }
+}
+
+void ColumnSwitch::returnToRest() {
+    showSwitch();
+    if (!m_isClosed && emptyEntry) {
+        emptyEntry();
     }
 }
 

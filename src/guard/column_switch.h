@@ -63,7 +63,7 @@ class ColumnSwitch {
     /// state() has changed, or the form is to close.
     std::function<void()> changed;
     /// The box of the password is to be emptied and focused.
-    std::function<void()> entryRefused;
+    std::function<void()> emptyEntry;
 
   private:
     [[nodiscard]] bool checkValid(const QString& entry, bool turnsOn);
@@ -74,6 +74,7 @@ class ColumnSwitch {
     [[nodiscard]] bool record(bool turnsOn);
     void tell(ColumnCryption::Outcome outcome, bool turnsOn);
     void showSwitch();
+    void returnToRest();
     void notify();
 
     Ports m_ports;

@@ -35,7 +35,7 @@ dlgColumnCryption::dlgColumnCryption(ColumnSwitch& logic, const KeyboardState& k
     connect(txtIdpPwd, &KeyBox::returnPressed, chkCryptionStatus, &QCheckBox::click);
     connect(cmdCancel, &QPushButton::clicked, this, [this] { m_logic.cmdCancel(); });
     m_logic.changed = [this] { updateState(); };
-    m_logic.entryRefused = [this] {
+    m_logic.emptyEntry = [this] {
         txtIdpPwd->wipe();
         txtIdpPwd->edit()->setFocus();
     };
@@ -45,7 +45,7 @@ dlgColumnCryption::dlgColumnCryption(ColumnSwitch& logic, const KeyboardState& k
 
 dlgColumnCryption::~dlgColumnCryption() {
     m_logic.changed = nullptr;
-    m_logic.entryRefused = nullptr;
+    m_logic.emptyEntry = nullptr;
 }
 
 void dlgColumnCryption::build() {

@@ -24,7 +24,7 @@ class dlgColumnCryption final : public QDialog, public OpenForm {
     Q_OBJECT
 
   public:
-    /// Both must outlive the form, which takes over `logic.changed` and `logic.entryRefused`.
+    /// Both must outlive the form, which takes over `logic.changed` and `logic.emptyEntry`.
     dlgColumnCryption(ColumnSwitch& logic, const KeyboardState& keyboard,
                       QWidget* parent = nullptr);
     ~dlgColumnCryption() override;

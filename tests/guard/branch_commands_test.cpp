@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "crypto/cryptor3.h"
+#include "guard/branch_manage.h"
 #include "guard/guard_fixture.h"
 #include "store/column_cipher.h"
 #include "store/cryptor_host_adapter.h"
@@ -58,7 +59,6 @@ class BranchCommandsTest : public GuardTest {
     QStringList dispatched;
     int refreshed = 0;
 
-  private:
     FakeEventLoop m_eventLoop;
     PromptCryptorHost m_host{prompt, m_eventLoop};
     Cryptor3 m_cryptor{m_host};
@@ -103,6 +103,25 @@ TEST_F(BranchCommandsTest, ConfinementAsksIsGatedAndLogged) {
         takeLog(),
         QStringList(QStringLiteral("解除密码数据库在【HOST】上的限定；MAC:【A4:C3:F0:00:00:02】")));
     EXPECT_EQ(refreshed, 2);
+}
+
+TEST_F(BranchCommandsTest, TheLifetimeIsSetOnTheOriginAlone) {
+    QStringList told;
+    for (FakeMachine* machine : {&origin, &branch}) {
+        ASSERT_TRUE(login(*machine).ok);
+        BranchManage form({clock, *guard, m_sysLogs, [&](const QString& text) { told << text; }});
+        form.load();
+        const bool isOnOrigin = machine == &origin;
+        EXPECT_EQ(form.state().isOnOrigin, isOnOrigin);
+        EXPECT_EQ(form.state().daysLeft, isOnOrigin ? 99 : 30);
+        form.setDays(isOnOrigin ? 30 : 90);
+        form.setAutoRenew(!isOnOrigin);
+        EXPECT_TRUE(form.cmdOK());
+        EXPECT_EQ(guard->deadCount(), 30);
+        EXPECT_FALSE(guard->p_autoRenew());
+    }
+    EXPECT_EQ(told, QStringList(QStringLiteral("本数据库在分机上的存活期还有30天。")));
+    EXPECT_EQ(takeLog(), told);
 }
 
 TEST_F(BranchCommandsTest, ConfinementThatCannotBeWrittenIsToldAsSuch) {

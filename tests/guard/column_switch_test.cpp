@@ -181,7 +181,7 @@ TEST_F(ColumnSwitchTest, RefusalsCostWhatTheyShouldAndChangeNothing) {
     program.fill(3);
     const QStringList before = program.cells(false);
     int emptied = 0;
-    program.form.entryRefused = [&] { ++emptied; };
+    program.form.emptyEntry = [&] { ++emptied; };
     program.form.load();
     program.form.chkCryptionStatus(QString());
     program.form.chkCryptionStatus(QStringLiteral("wrong"));

@@ -11,6 +11,7 @@
 #include <QInputMethodQueryEvent>
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QPushButton>
 #include <QTest>
 
 #include "support/fake_desktop.h"
@@ -62,6 +63,32 @@ TEST_F(KeyBoxTest, RefusesInputMethodsHiddenAndShownUntilTheSwitchAllowsThem) {
     EXPECT_EQ(box.text(), QStringLiteral("密密"));
     button("cmdChineseKey")->click();
     EXPECT_FALSE(isInputMethodOn());
+}
+
+TEST_F(KeyBoxTest, TheKeyboardOnTheScreenTypesWithoutTakingTheFocus) {
+    int edits = 0;
+    QObject::connect(&box, &KeyBox::textEdited, [&] { ++edits; });
+    button("cmdKeyboard")->click();
+    auto* keyboardOnScreen = box.findChild<QWidget*>(QStringLiteral("dlgKeyboard"));
+    ASSERT_TRUE(keyboardOnScreen != nullptr && keyboardOnScreen->isVisible());
+    const auto press = [&](const QString& text) {
+        for (QPushButton* key : keyboardOnScreen->findChildren<QPushButton*>()) {
+            if (key->text() == text) {
+                key->click();
+                return;
+            }
+        }
+        ADD_FAILURE() << "no key " << text.toStdString();
+    };
+    box.setMaxLength(4);
+    for (const char16_t* key : {u"q", u"大写", u"Q", u"&&", u"退格", u"&&", u"大写", u"\\", u"7"}) {
+        press(QString::fromUtf16(key));
+    }
+    EXPECT_EQ(box.text(), QStringLiteral("qQ&\\"));
+    EXPECT_EQ(edits, 6) << "the last one finds no room";
+    EXPECT_TRUE(box.edit()->hasFocus());
+    box.setEnabled(false);
+    EXPECT_FALSE(keyboardOnScreen->isVisible());
 }
 
 TEST_F(KeyBoxTest, NothingTypedReachesTheClipboardButPasteWorks) {

@@ -9,6 +9,7 @@
 
 #include "ui/theme/colors.h"
 #include "ui/theme/icons.h"
+#include "ui/widgets/screen_keyboard.h"
 
 namespace keeper {
 namespace {
@@ -41,6 +42,7 @@ KeyBox::KeyBox(const KeyboardState& keyboard, const QString& name, QWidget* pare
       m_show(switchButton(this, "cmdShowKey", Glyph::Eye, QStringLiteral("显示输入的内容"))),
       m_language(switchButton(this, "cmdChineseKey", Glyph::Language,
                               QStringLiteral("允许输入法（密钥含有汉字时打开）"))),
+      cmdKeyboard(switchButton(this, "cmdKeyboard", Glyph::Keyboard, QStringLiteral("屏幕键盘"))),
       m_warningIcon(new QLabel(this)),
       m_warning(new QLabel(this)) {
     setFocusProxy(m_edit);
@@ -57,8 +59,9 @@ KeyBox::KeyBox(const KeyboardState& keyboard, const QString& name, QWidget* pare
     grid->addWidget(m_edit, 0, 0, 1, 2);
     grid->addWidget(m_show, 0, 2);
     grid->addWidget(m_language, 0, 3);
+    grid->addWidget(cmdKeyboard, 0, 4);
     grid->addWidget(m_warningIcon, 1, 0);
-    grid->addWidget(m_warning, 1, 1, 1, 3);
+    grid->addWidget(m_warning, 1, 1, 1, 4);
     grid->setColumnStretch(1, 1);
 
     connect(m_edit, &QLineEdit::textEdited, this, &KeyBox::textEdited);
@@ -72,6 +75,10 @@ KeyBox::KeyBox(const KeyboardState& keyboard, const QString& name, QWidget* pare
         m_edit->setShown(isShown);
         m_show->setIcon(glyphIcon(isShown ? Glyph::EyeOff : Glyph::Eye));
     });
+    cmdKeyboard->setCheckable(false);
+    // Whoever goes from field to field by keys has keys.
+    cmdKeyboard->setFocusPolicy(Qt::NoFocus);
+    connect(cmdKeyboard, &QToolButton::clicked, this, &KeyBox::showKeyboard);
     connect(m_language, &QToolButton::toggled, m_edit, &KeyEdit::setInputMethodAllowed);
     connect(&m_keyboard, &KeyboardState::capsLockChanged, this, &KeyBox::updateWarning);
     updateWarning();
@@ -93,6 +100,20 @@ void KeyBox::setShowButtonVisible(bool isVisible) {
     policy.setRetainSizeWhenHidden(true);
     m_show->setSizePolicy(policy);
     m_show->setVisible(isVisible);
+}
+
+void KeyBox::showKeyboard() {
+    if (m_screenKeyboard == nullptr) {
+        m_screenKeyboard = new ScreenKeyboard(this);
+        connect(m_screenKeyboard, &ScreenKeyboard::typed, m_edit, &QLineEdit::insert);
+        connect(m_screenKeyboard, &ScreenKeyboard::backspace, m_edit, &QLineEdit::backspace);
+    }
+    m_edit->setFocus();
+    if (m_screenKeyboard->isVisible()) {
+        m_screenKeyboard->hide();
+    } else {
+        m_screenKeyboard->showAt(*this);
+    }
 }
 
 void KeyBox::setShown(bool isShown) {
@@ -125,6 +146,8 @@ void KeyBox::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange) {
         updateWarning();
+    } else if (event->type() == QEvent::EnabledChange && m_screenKeyboard != nullptr) {
+        m_screenKeyboard->hide();
     }
 }
 

@@ -12,13 +12,15 @@
 
 namespace keeper {
 
+class ScreenKeyboard;
+
 /// Whether a text holds characters that look like those of the keyboard and are not: full-width
 /// letters, digits and signs, the wide blank.
 [[nodiscard]] bool hasFullWidth(const QString& text);
 
 /// The box for login keys and passwords: the edit, a button that shows the text, a switch that lets
-/// input methods in for a key with Chinese characters, and below them one line that warns while
-/// Caps Lock is on or full-width characters were entered.
+/// input methods in for a key with Chinese characters, a keyboard on the screen, and below them one
+/// line that warns while Caps Lock is on or full-width characters were entered.
 ///
 /// The warning's line keeps its place when it is empty, so that nothing jumps.
 class KeyBox final : public QWidget {
@@ -58,11 +60,14 @@ class KeyBox final : public QWidget {
 
   private:
     void updateWarning();
+    void showKeyboard();
 
     const KeyboardState& m_keyboard;
     KeyEdit* m_edit;
     QToolButton* m_show;
     QToolButton* m_language;
+    QToolButton* cmdKeyboard;
+    ScreenKeyboard* m_screenKeyboard = nullptr;
     QLabel* m_warningIcon;
     QLabel* m_warning;
 };
