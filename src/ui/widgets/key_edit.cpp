@@ -54,6 +54,11 @@ void KeyEdit::applyInputMethod() {
 }
 
 void KeyEdit::wipe() {
+    // Text in the clear has one owner more, the layout that paints it.
+    const bool wasShown = isShown();
+    if (wasShown) {
+        setShown(false);
+    }
     // text() shares the edit's own buffer, so writing through it without detaching reaches the
     // original. Two owners are the edit and this variable; a third one still needs the text, and a
     // buffer without a header lies in read-only memory.
@@ -65,6 +70,9 @@ void KeyEdit::wipe() {
     }
     clear();
     setText(QString());  // unlike clear(), also drops the list of undone changes
+    if (wasShown) {
+        setShown(true);
+    }
 }
 
 QVariant KeyEdit::inputMethodQuery(Qt::InputMethodQuery query) const {
