@@ -3,7 +3,6 @@
 
 #include "protection_parts.h"
 
-#include <QApplication>
 #include <utility>
 
 #include "app/program_info.h"
@@ -19,21 +18,6 @@ namespace keeper {
 namespace {
 
 constexpr int kBranchAuthority = 11;
-
-/// In the table of open forms for as long as it stands.
-class FormOnShow {
-  public:
-    FormOnShow(System& system, OpenForm& form) : m_system(system), m_form(form) {
-        m_system.ManageForms(m_form, true);
-    }
-    ~FormOnShow() { m_system.ManageForms(m_form, false); }
-    FormOnShow(const FormOnShow&) = delete;
-    FormOnShow& operator=(const FormOnShow&) = delete;
-
-  private:
-    System& m_system;
-    OpenForm& m_form;
-};
 
 }  // namespace
 
@@ -101,17 +85,15 @@ void ProtectionParts::showGuard() {
 }
 
 void ProtectionParts::showAuthentication() {
-    dlgAuthentication form(authentication, m_ports.keyboard, QApplication::activeWindow());
-    const FormOnShow shown(m_ports.system, form);
-    form.run();
+    dlgAuthentication form(authentication, m_ports.keyboard);
+    form.run(m_ports.system);
 }
 
 void ProtectionParts::mn_columnCryption() {
     columnSwitch.load();
     {
-        dlgColumnCryption form(columnSwitch, m_ports.keyboard, &m_ports.window);
-        const FormOnShow shown(m_ports.system, form);
-        form.exec();
+        dlgColumnCryption form(columnSwitch, m_ports.keyboard);
+        form.run(m_ports.system);
     }
     if (columnSwitch.isUsedUp()) {
         m_session.end();
@@ -123,9 +105,8 @@ void ProtectionParts::mn_branchManage() {
         return;
     }
     branchManage.load();
-    dlgBranchManage form(branchManage, &m_ports.window);
-    const FormOnShow shown(m_ports.system, form);
-    form.exec();
+    dlgBranchManage form(branchManage);
+    form.run(m_ports.system);
 }
 
 void ProtectionParts::tellLifetime(const QString& message) {

@@ -9,7 +9,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include "guard/authentication.h"
 #include "ui/theme/colors.h"
@@ -24,14 +23,10 @@ constexpr int kLongestIndependentPassword = 32;
 
 }  // namespace
 
-dlgAuthentication::dlgAuthentication(Authentication& logic, const KeyboardState& keyboard,
-                                     QWidget* parent)
-    : QDialog(parent), m_logic(logic), m_keyboard(keyboard) {
-    setObjectName(QStringLiteral("dlgAuthentication"));
-    setWindowIcon(programIcon());
+dlgAuthentication::dlgAuthentication(Authentication& logic, const KeyboardState& keyboard)
+    : SessionDialog("dlgAuthentication"), m_logic(logic), m_keyboard(keyboard) {
     build();
     connect(cmdOK, &QPushButton::clicked, this, [this] { m_logic.cmdOK(txtSecret->text()); });
-    connect(cmdCancel, &QPushButton::clicked, this, [this] { m_logic.cmdCancel(); });
     m_logic.changed = [this] { updateState(); };
     m_logic.entryRefused = [this] {
         txtSecret->wipe();
@@ -45,9 +40,9 @@ dlgAuthentication::~dlgAuthentication() {
     m_logic.entryRefused = nullptr;
 }
 
-void dlgAuthentication::run() {
+void dlgAuthentication::run(System& system) {
     if (!m_logic.isClosed()) {
-        exec();
+        SessionDialog::run(system);
     }
     m_logic.cmdCancel();
 }
@@ -61,21 +56,9 @@ void dlgAuthentication::build() {
     upper->addWidget(imgFingerprint, 0, Qt::AlignTop);
     upper->addWidget(buildFields(), 1);
 
-    cmdOK = named(new QPushButton(QStringLiteral("确定(&O)"), this), "cmdOK");
-    cmdOK->setDefault(true);
-    cmdCancel = named(new QPushButton(QStringLiteral("取消(&C)"), this), "cmdCancel");
-    cmdCancel->setAutoDefault(false);
-    auto* commands = new QHBoxLayout;
-    commands->addStretch();
-    commands->addWidget(cmdOK);
-    commands->addWidget(cmdCancel);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(unit, unit, unit, unit);
-    layout->setSpacing(unit);
+    QBoxLayout* layout = makeLayout();
     layout->addLayout(upper);
-    layout->addLayout(commands);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addLayout(makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)")));
 }
 
 QWidget* dlgAuthentication::buildFields() {
@@ -151,15 +134,6 @@ void dlgAuthentication::changeEvent(QEvent* event) {
     if (event->type() == QEvent::PaletteChange && lblFingerprint != nullptr) {
         showFinger();
     }
-}
-
-void dlgAuthentication::closeForm() {
-    m_logic.cmdCancel();
-}
-
-void dlgAuthentication::activateForm() {
-    raise();
-    activateWindow();
 }
 
 void dlgAuthentication::reject() {

@@ -3,13 +3,10 @@
 
 #pragma once
 
-#include <QDialog>
-
-#include "app/open_forms.h"
+#include "ui/widgets/session_dialog.h"
 
 class QLabel;
 class QLineEdit;
-class QPushButton;
 
 namespace keeper {
 
@@ -19,21 +16,16 @@ class KeyboardState;
 
 /// The form that asks for the independent password, or waits for a finger. It shows the state of
 /// its Authentication and forwards what the person does.
-class dlgAuthentication final : public QDialog, public OpenForm {
+class dlgAuthentication final : public SessionDialog {
     Q_OBJECT
 
   public:
     /// Both must outlive the form, which takes over `logic.changed` and `logic.entryRefused`.
-    dlgAuthentication(Authentication& logic, const KeyboardState& keyboard,
-                      QWidget* parent = nullptr);
+    dlgAuthentication(Authentication& logic, const KeyboardState& keyboard);
     ~dlgAuthentication() override;
 
     /// Blocks until the verification is decided; the decision is in the Authentication.
-    void run();
-
-    [[nodiscard]] QString formName() const override { return objectName(); }
-    void closeForm() override;
-    void activateForm() override;
+    void run(System& system);
 
     void reject() override;
 
@@ -53,8 +45,6 @@ class dlgAuthentication final : public QDialog, public OpenForm {
     QLabel* lblSecret = nullptr;
     KeyBox* txtSecret = nullptr;
     QLabel* lblFingerprint = nullptr;
-    QPushButton* cmdOK = nullptr;
-    QPushButton* cmdCancel = nullptr;
 };
 
 }  // namespace keeper

@@ -9,11 +9,9 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QSlider>
-#include <QVBoxLayout>
 
 #include "guard/branch_manage.h"
 #include "guard/sw_protect.h"
-#include "ui/theme/icons.h"
 #include "ui/widgets/named.h"
 
 namespace keeper {
@@ -25,11 +23,9 @@ QString daysText(int days) {
 
 }  // namespace
 
-dlgBranchManage::dlgBranchManage(BranchManage& logic, QWidget* parent)
-    : QDialog(parent), m_logic(logic) {
-    setObjectName(QStringLiteral("dlgBranchManage"));
+dlgBranchManage::dlgBranchManage(BranchManage& logic)
+    : SessionDialog("dlgBranchManage"), m_logic(logic) {
     setWindowTitle(QStringLiteral("分机登录管理"));
-    setWindowIcon(programIcon());
     build();
     updateState();
     connect(sldBrchAliveDays, &QSlider::valueChanged, this, [this](int days) {
@@ -43,7 +39,6 @@ dlgBranchManage::dlgBranchManage(BranchManage& logic, QWidget* parent)
             accept();
         }
     });
-    connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
 }
 
 void dlgBranchManage::build() {
@@ -74,22 +69,11 @@ void dlgBranchManage::build() {
     chkAutoRenewBrchDeadCount =
         named(new QCheckBox(QStringLiteral("原新建机器登录自动更新(&A)"), this),
               "chkAutoRenewBrchDeadCount");
-    cmdOK = named(new QPushButton(QStringLiteral("确定(&O)"), this), "cmdOK");
-    cmdOK->setDefault(true);
-    cmdCancel = named(new QPushButton(QStringLiteral("取消(&C)"), this), "cmdCancel");
-    auto* commands = new QHBoxLayout;
-    commands->addStretch();
-    commands->addWidget(cmdOK);
-    commands->addWidget(cmdCancel);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(unit, unit, unit, unit);
-    layout->setSpacing(unit);
+    QBoxLayout* layout = makeLayout();
     layout->addLayout(rows);
     layout->addWidget(chkIsOnOrigin);
     layout->addWidget(chkAutoRenewBrchDeadCount);
-    layout->addLayout(commands);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addLayout(makeCommands(QStringLiteral("确定(&O)"), QStringLiteral("取消(&C)")));
 }
 
 void dlgBranchManage::updateState() {
@@ -105,11 +89,6 @@ void dlgBranchManage::updateState() {
         control->setToolTip(state.isOnOrigin ? QString()
                                              : QStringLiteral("只能在原新建机器上更改"));
     }
-}
-
-void dlgBranchManage::activateForm() {
-    raise();
-    activateWindow();
 }
 
 }  // namespace keeper

@@ -3,13 +3,10 @@
 
 #pragma once
 
-#include <QDialog>
-
-#include "app/open_forms.h"
+#include "ui/widgets/session_dialog.h"
 
 class QCheckBox;
 class QLabel;
-class QPushButton;
 class QSlider;
 
 namespace keeper {
@@ -18,15 +15,11 @@ class BranchManage;
 
 /// The form of the lifetime on branch machines. It shows the state of its BranchManage and forwards
 /// what the person does.
-class dlgBranchManage final : public QDialog, public OpenForm {
+class dlgBranchManage final : public SessionDialog {
     Q_OBJECT
 
   public:
-    explicit dlgBranchManage(BranchManage& logic, QWidget* parent = nullptr);
-
-    [[nodiscard]] QString formName() const override { return objectName(); }
-    void closeForm() override { reject(); }
-    void activateForm() override;
+    explicit dlgBranchManage(BranchManage& logic);
 
   private:
     void build();
@@ -38,8 +31,6 @@ class dlgBranchManage final : public QDialog, public OpenForm {
     QSlider* sldBrchAliveDays = nullptr;
     QLabel* lblDays = nullptr;
     QCheckBox* chkAutoRenewBrchDeadCount = nullptr;
-    QPushButton* cmdOK = nullptr;
-    QPushButton* cmdCancel = nullptr;
 };
 
 }  // namespace keeper

@@ -8,10 +8,8 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include "guard/column_switch.h"
-#include "ui/theme/icons.h"
 #include "ui/widgets/key_box.h"
 #include "ui/widgets/named.h"
 
@@ -22,12 +20,9 @@ constexpr int kLongestColumnPassword = 32;
 
 }  // namespace
 
-dlgColumnCryption::dlgColumnCryption(ColumnSwitch& logic, const KeyboardState& keyboard,
-                                     QWidget* parent)
-    : QDialog(parent), m_logic(logic), m_keyboard(keyboard) {
-    setObjectName(QStringLiteral("dlgColumnCryption"));
+dlgColumnCryption::dlgColumnCryption(ColumnSwitch& logic, const KeyboardState& keyboard)
+    : SessionDialog("dlgColumnCryption"), m_logic(logic), m_keyboard(keyboard) {
     setWindowTitle(QStringLiteral("设置列级加密"));
-    setWindowIcon(programIcon());
     build();
     // Only a person clicks: what the state sets is no click.
     connect(chkCryptionStatus, &QCheckBox::clicked, this,
@@ -80,14 +75,11 @@ void dlgColumnCryption::build() {
     commands->addWidget(pgbHandleState, 1);
     commands->addWidget(cmdCancel);
 
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(unit, unit, unit, unit);
-    layout->setSpacing(unit);
+    QBoxLayout* layout = makeLayout();
     layout->addWidget(lblIllustration);
     layout->addLayout(password);
     layout->addWidget(chkCryptionStatus);
     layout->addLayout(commands);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
 }
 
 void dlgColumnCryption::updateState() {
@@ -109,11 +101,6 @@ void dlgColumnCryption::updateState() {
 
 void dlgColumnCryption::closeForm() {
     m_logic.close();
-}
-
-void dlgColumnCryption::activateForm() {
-    raise();
-    activateWindow();
 }
 
 void dlgColumnCryption::reject() {

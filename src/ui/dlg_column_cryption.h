@@ -3,14 +3,11 @@
 
 #pragma once
 
-#include <QDialog>
-
-#include "app/open_forms.h"
+#include "ui/widgets/session_dialog.h"
 
 class QCheckBox;
 class QLabel;
 class QProgressBar;
-class QPushButton;
 
 namespace keeper {
 
@@ -20,18 +17,15 @@ class KeyboardState;
 
 /// The form of column encryption. It shows the state of its ColumnSwitch and forwards what the
 /// person does.
-class dlgColumnCryption final : public QDialog, public OpenForm {
+class dlgColumnCryption final : public SessionDialog {
     Q_OBJECT
 
   public:
     /// Both must outlive the form, which takes over `logic.changed` and `logic.emptyEntry`.
-    dlgColumnCryption(ColumnSwitch& logic, const KeyboardState& keyboard,
-                      QWidget* parent = nullptr);
+    dlgColumnCryption(ColumnSwitch& logic, const KeyboardState& keyboard);
     ~dlgColumnCryption() override;
 
-    [[nodiscard]] QString formName() const override { return objectName(); }
     void closeForm() override;
-    void activateForm() override;
 
     /// A running conversion is stopped instead, and the form stays.
     void reject() override;
@@ -46,7 +40,6 @@ class dlgColumnCryption final : public QDialog, public OpenForm {
     KeyBox* txtIdpPwd = nullptr;
     QCheckBox* chkCryptionStatus = nullptr;
     QProgressBar* pgbHandleState = nullptr;
-    QPushButton* cmdCancel = nullptr;
 };
 
 }  // namespace keeper
