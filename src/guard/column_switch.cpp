@@ -73,6 +73,8 @@ void ColumnSwitch::chkCryptionStatus(const QString& entry) {
         return;
     }
     m_state.isOn = turnsOn;
+    m_state.caption =
+        turnsOn ? QStringLiteral("正在开启列级加密……") : QStringLiteral("正在关闭列级加密……");
     m_state.isRunning = true;
     m_state.percent = 0;
     notify();

@@ -20,7 +20,7 @@ namespace {
 
 using Field = SecretModification::Field;
 
-constexpr int kLongestTip = 100;
+constexpr int kLongestSecretTip = 100;
 /// Beyond what any secret may have, so that one that is too long is told of and not cut.
 constexpr int kLongestEntry = 128;
 
@@ -77,7 +77,7 @@ QWidget* dlgModifySecret::buildFields() {
     m_meter = new StrengthMeter(fields);
     txtSecTip = named(new QLineEdit(fields), "txtSecTip");
     txtSecTip->setAccessibleName(what + QStringLiteral("提示"));
-    txtSecTip->setMaxLength(kLongestTip);
+    txtSecTip->setMaxLength(kLongestSecretTip);
     txtSecTip->setPlaceholderText(QStringLiteral("只有您自己看得懂的提示，可以不填"));
     auto* lblPwdLength = named(new QLabel(m_logic.lblPwdLength(), fields), "lblPwdLength");
 

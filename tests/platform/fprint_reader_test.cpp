@@ -29,24 +29,25 @@ class FprintReaderTest : public testing::Test {
             kManager, kManagerInterface, "AddDevice", "", "",
             QStringLiteral("self.AddObject('%1', '%2', {}, [])").arg(kDevice, kDeviceInterface));
         call(kManager, kManagerInterface, "AddDevice");
-        const QString refuse = QStringLiteral(
-            "raise dbus.exceptions.DBusException('', name='net.reactivated.Fprint.Error.%1')");
-        const QString unless = QStringLiteral("if not %1: ") + refuse.arg(QStringLiteral("X"));
         addMethod(kManager, kManagerInterface, "GetDefaultDevice", "", "o",
                   QStringLiteral("ret = '%1'").arg(kDevice));
         setFingers(QStringLiteral("['right-index-finger']"));
-        addMethod(kDevice, kDeviceInterface, "Claim", "s", "",
-                  unless.arg(QStringLiteral("not getattr(self, 'claimed', 0)")) +
-                      QStringLiteral("\nself.claimed = 1; self.verifying = 0"));
-        addMethod(kDevice, kDeviceInterface, "VerifyStart", "s", "",
-                  unless.arg(QStringLiteral("(self.claimed and not self.verifying)")) +
-                      QStringLiteral("\nself.verifying = 1"));
-        addMethod(
-            kDevice, kDeviceInterface, "VerifyStop", "", "",
-            unless.arg(QStringLiteral("self.verifying")) + QStringLiteral("\nself.verifying = 0"));
-        addMethod(kDevice, kDeviceInterface, "Release", "", "",
-                  unless.arg(QStringLiteral("(self.claimed and not self.verifying)")) +
-                      QStringLiteral("\nself.claimed = 0"));
+        struct {
+            const char* name;
+            const char* in;
+            const char* condition;
+            const char* effect;
+        } const methods[] = {
+            {"Claim", "s", "not getattr(self, 'claimed', 0)",
+             "self.claimed = 1; self.verifying = 0"},
+            {"VerifyStart", "s", "self.claimed and not self.verifying", "self.verifying = 1"},
+            {"VerifyStop", "", "self.verifying", "self.verifying = 0"},
+            {"Release", "", "self.claimed and not self.verifying", "self.claimed = 0"}};
+        for (const auto& method : methods) {
+            addMethod(kDevice, kDeviceInterface, method.name, method.in, "",
+                      QStringLiteral("if not (%1): raise dbus.exceptions.DBusException('x')\n%2")
+                          .arg(QLatin1String(method.condition), QLatin1String(method.effect)));
+        }
         addMethod(kDevice, kDeviceInterface, "State", "", "s",
                   QStringLiteral("ret = '%d%d' % (getattr(self, 'claimed', 0), "
                                  "getattr(self, 'verifying', 0))"));
