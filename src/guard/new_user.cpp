@@ -9,6 +9,7 @@
 #include "app/private_folder.h"
 #include "app/system.h"
 #include "app/users.h"
+#include "crypto/code_page.h"
 #include "platform/durable_file.h"
 #include "store/sealed_database.h"
 
@@ -72,12 +73,23 @@ bool CheckSecretTip(const QString& text, QString& message) {
     return message.isEmpty();
 }
 
+bool checkCharacters(const QString& secret, QString& message) {
+    message.clear();
+    for (const QChar unit : secret) {
+        if (ansiCode(unit) == u'?' && unit != u'?') {
+            message =
+                QStringLiteral("输入的内容含有无法区分的字符（如表情符号），请改用其它字符！");
+        }
+    }
+    return message.isEmpty();
+}
+
 bool checkNewLoginKey(const QString& key, QString& message) {
     message.clear();
     if (key.size() < kShortestKey || key.size() > kLongestLoginKey) {
         message = QStringLiteral("登录密钥的有效长度为6-30位！");
     }
-    return message.isEmpty();
+    return message.isEmpty() && checkCharacters(key, message);
 }
 
 bool checkNewIndependentPassword(const QString& password, QString& message) {
@@ -87,7 +99,7 @@ bool checkNewIndependentPassword(const QString& password, QString& message) {
     } else if (!password.isEmpty() && password.size() < kShortestKey) {
         message = QStringLiteral("独立密码在非空时的不能小于6位！");
     }
-    return message.isEmpty();
+    return message.isEmpty() && checkCharacters(password, message);
 }
 
 bool CreateUser(System& system, SealedDatabase& database, const QString& programFolder,

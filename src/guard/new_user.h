@@ -20,6 +20,10 @@ class Users;
 /// Whether a hint may be kept: it goes into file names and into the tab-joined record of the user.
 [[nodiscard]] bool CheckSecretTip(const QString& text, QString& message);
 
+/// Whether all characters of a secret count: one that the code page lacks would stand for each
+/// other such character, and a near miss would open. False with a `message`.
+[[nodiscard]] bool checkCharacters(const QString& secret, QString& message);
+
 /// The rules for a new login key and a new independent password in the wizard.
 [[nodiscard]] bool checkNewLoginKey(const QString& key, QString& message);
 [[nodiscard]] bool checkNewIndependentPassword(const QString& password, QString& message);

@@ -8,6 +8,7 @@
 #include "app/system.h"
 #include "crypto/cryptor2.h"
 #include "crypto/secure_wipe.h"
+#include "guard/new_user.h"
 #include "platform/clock.h"
 #include "platform/database.h"
 #include "platform/prompt.h"
@@ -100,6 +101,13 @@ bool QuestionSetting::confirms(int effective) {
         m_ports.prompt.messageBox(QStringLiteral("如果要启用安全问题，那么您必须至少设置三个。"),
                                   Prompt::Icon::Exclamation);
         return false;
+    }
+    for (const Item& item : m_items) {
+        QString message;
+        if (!checkCharacters(item.answer, message)) {
+            m_ports.prompt.messageBox(message, Prompt::Icon::Exclamation);
+            return false;
+        }
     }
     QString text = listing();
     const WipeGuard wipeText(text);

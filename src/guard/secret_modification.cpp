@@ -88,8 +88,14 @@ bool SecretModification::CheckValid(const Fields& fields, Verdict& verdict) {
         verdict = {.focus = Field::SecTip};
         return false;
     }
-    return m_type == KeyType::LoginKey ? checkLoginKey(fields, verdict)
-                                       : checkIndependentPassword(fields, verdict);
+    const bool isValid = m_type == KeyType::LoginKey ? checkLoginKey(fields, verdict)
+                                                     : checkIndependentPassword(fields, verdict);
+    if (isValid && !checkCharacters(fields.txtNew1, message)) {
+        warn(message);
+        verdict = {.focus = Field::New1, .emptiesNew = true};
+        return false;
+    }
+    return isValid;
 }
 
 bool SecretModification::checkLoginKey(const Fields& fields, Verdict& verdict) {

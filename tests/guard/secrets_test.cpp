@@ -96,6 +96,7 @@ TEST_F(SecretsTest, EachRuleOfANewSecretIsToldInOrder) {
     const QString bad = QStringLiteral("a|b");
     const QString longest(33, u'k');
     const QString warning = QStringLiteral("提示文本不能包含下列任何字符：\r\n\\ / : * ? \" < > |");
+    const QString strange = u"输入的内容含有无法区分的字符（如表情符号），请改用其它字符！"_s;
     const Case cases[] = {
         {KeyType::LoginKey, {{}, u"x"_s, u"y"_s, bad}, u"两次输入的新密码不一致！"_s, true},
         {KeyType::LoginKey, {{}, u"x"_s, u"x"_s, bad}, warning, false},
@@ -105,6 +106,7 @@ TEST_F(SecretsTest, EachRuleOfANewSecretIsToldInOrder) {
          u"登录密钥的长度不能小于6位！"_s,
          true},
         {KeyType::LoginKey, {key, longest, longest, {}}, u"登录密钥的长度不能大于30位！"_s, true},
+        {KeyType::LoginKey, {key, u"key🐱🐱"_s, u"key🐱🐱"_s, {}}, strange, true},
         {KeyType::LoginKey, {u"wrong"_s, newKey, newKey, {}}, u"原密钥错误！"_s, false},
         {KeyType::IndependentPassword,
          {{}, u"12345"_s, u"12345"_s, {}},
