@@ -9,7 +9,7 @@
 namespace keeper {
 namespace {
 
-using Result = Authentication::Result;
+using Decision = Authentication::Result;
 using Type = Authentication::SecretType;
 
 class FakeReader final : public FingerprintReader {
@@ -38,7 +38,7 @@ struct Protection {
                 form.cmdOK(entry);
             }
             form.cmdCancel();
-            return form.result() == Result::Verified;
+            return form.result() == Decision::Verified;
         };
     }
 
@@ -94,7 +94,7 @@ TEST_F(AuthenticationTest, ChancesOutliveCrashesAndSessionsUntilTheRightEntry) {
     form->cmdOK(QStringLiteral("wrong"));
     EXPECT_EQ(lastText(), QStringLiteral("密码错误！你还有4次尝试机会。"));
     form->cmdCancel();
-    EXPECT_EQ(form->result(), Result::NotVerified);
+    EXPECT_EQ(form->result(), Decision::NotVerified);
 
     crashAndRestart();
     ASSERT_TRUE(program->enter(key));
@@ -113,7 +113,7 @@ TEST_F(AuthenticationTest, ChancesOutliveCrashesAndSessionsUntilTheRightEntry) {
     form->cmdOK(QStringLiteral("wrong"));
     EXPECT_EQ(prompt.boxes.back().icon, Prompt::Icon::Critical);
     EXPECT_EQ(lastText(), QStringLiteral("密码错误！独立密码的尝试机会已用完！"));
-    EXPECT_EQ(form->result(), Result::UsedUp);
+    EXPECT_EQ(form->result(), Decision::UsedUp);
     EXPECT_TRUE(form->isClosed());
     Statement row(program->connection, "SELECT lCount FROM tb_SysLog WHERE statusNo=7");
     ASSERT_TRUE(row.step());
@@ -122,10 +122,10 @@ TEST_F(AuthenticationTest, ChancesOutliveCrashesAndSessionsUntilTheRightEntry) {
     // A session that begins without chances can be had back by the right password alone.
     form->load(Type::IndependentPassword);
     form->cmdOK(QStringLiteral("wrong"));
-    EXPECT_EQ(form->result(), Result::UsedUp);
+    EXPECT_EQ(form->result(), Decision::UsedUp);
     form->load(Type::IndependentPassword);
     form->cmdOK(secret);
-    EXPECT_EQ(form->result(), Result::Verified);
+    EXPECT_EQ(form->result(), Decision::Verified);
     EXPECT_EQ(program->system.settings().p_idpPwdChances1(), 5);
     EXPECT_EQ(program->system.p_plainIdpPwd(), QString()) << "nobody asked to keep it";
     form->load(Type::KeepPassword);
@@ -227,14 +227,14 @@ TEST_F(AuthenticationTest, TheReaderIsWaitedForAndSetFree) {
     touch(Outcome::TryAgain);
     EXPECT_FALSE(form.state().isFingerRefused);
     touch(Outcome::Match);
-    EXPECT_EQ(form.result(), Result::Verified);
+    EXPECT_EQ(form.result(), Decision::Verified);
     EXPECT_FALSE(reader.tell);
     form.loadFinger(name);
     for (int i = 0; i < 3; ++i) {
         touch(Outcome::NoMatch);
     }
     EXPECT_TRUE(form.isClosed());
-    EXPECT_EQ(form.result(), Result::NotVerified);
+    EXPECT_EQ(form.result(), Decision::NotVerified);
     EXPECT_EQ(prompt.takeTexts().size(), 1);
     form.loadFinger(name);
     form.cmdCancel();
@@ -242,7 +242,7 @@ TEST_F(AuthenticationTest, TheReaderIsWaitedForAndSetFree) {
     reader.isFree = false;
     form.loadFinger(name);
     EXPECT_TRUE(form.isClosed());
-    EXPECT_EQ(form.result(), Result::NotVerified);
+    EXPECT_EQ(form.result(), Decision::NotVerified);
 }
 
 }  // namespace
