@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include "crypto/secure_wipe.h"
 #include "guard/authentication.h"
 #include "ui/theme/colors.h"
 #include "ui/theme/icons.h"
@@ -26,7 +27,12 @@ constexpr int kLongestIndependentPassword = 32;
 dlgAuthentication::dlgAuthentication(Authentication& logic, const KeyboardState& keyboard)
     : SessionDialog("dlgAuthentication"), m_logic(logic), m_keyboard(keyboard) {
     build();
-    connect(cmdOK, &QPushButton::clicked, this, [this] { m_logic.cmdOK(txtSecret->text()); });
+    connect(cmdOK, &QPushButton::clicked, this, [this] {
+        QString entry = txtSecret->text();
+        // Shared with the box, which is empty by then: the last owner wipes.
+        const WipeGuard wipe(entry);
+        m_logic.cmdOK(entry);
+    });
     m_logic.changed = [this] { updateState(); };
     m_logic.entryRefused = [this] {
         txtSecret->wipe();

@@ -9,6 +9,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 
+#include "crypto/secure_wipe.h"
 #include "guard/column_switch.h"
 #include "ui/widgets/key_box.h"
 #include "ui/widgets/named.h"
@@ -25,8 +26,12 @@ dlgColumnCryption::dlgColumnCryption(ColumnSwitch& logic, const KeyboardState& k
     setWindowTitle(QStringLiteral("设置列级加密"));
     build();
     // Only a person clicks: what the state sets is no click.
-    connect(chkCryptionStatus, &QCheckBox::clicked, this,
-            [this] { m_logic.chkCryptionStatus(txtIdpPwd->text()); });
+    connect(chkCryptionStatus, &QCheckBox::clicked, this, [this] {
+        QString entry = txtIdpPwd->text();
+        // Shared with the box, which is empty by then: the last owner wipes.
+        const WipeGuard wipe(entry);
+        m_logic.chkCryptionStatus(entry);
+    });
     connect(txtIdpPwd, &KeyBox::returnPressed, chkCryptionStatus, &QCheckBox::click);
     connect(cmdCancel, &QPushButton::clicked, this, [this] { m_logic.cmdCancel(); });
     m_logic.changed = [this] { updateState(); };
