@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <vector>
+
+#include "platform/unique_fd.h"
+
+namespace keeper {
+
+/// Takes a folder and its sub-folders the way of being renamed, emptied or deleted, and gives it
+/// back. What stood before is told to a journal first, so that any later start can give it back.
+///
+/// With the system's leave folders become immutable, which binds every process. An ordinary person
+/// has no such leave: then the right to write is taken from them, which keeps their content and
+/// keeps them in their place, but lets the outer one be renamed beside itself.
+class FolderPin {
+  public:
+    /// Throws std::system_error; what was done so far is taken back.
+    FolderPin(const QString& folder, QString journal);
+    /// Gives back. What fails stays in the journal for heal().
+    ~FolderPin();
+    FolderPin(const FolderPin&) = delete;
+    FolderPin& operator=(const FolderPin&) = delete;
+
+    /// Takes again what somebody has given back meanwhile.
+    void renew() const;
+    /// The outer folder, wherever it lies now.
+    [[nodiscard]] int descriptor() const { return m_folders.front().handle.get(); }
+    /// All folders, the outer one first.
+    [[nodiscard]] std::vector<int> descriptors() const;
+    [[nodiscard]] bool isImmutable() const { return m_isImmutable; }
+
+    /// Gives back what a journal tells. Does nothing without one; a journal stays when a folder
+    /// that still exists could not be freed. False then.
+    static bool heal(const QString& journal);
+
+  private:
+    struct Pinned {
+        QString path;
+        UniqueFd handle;
+        unsigned mode = 0;
+    };
+
+    void collect(const QString& folder);
+    bool take(const Pinned& pinned) const;
+    void giveBack();
+    [[nodiscard]] QByteArray toJournal() const;
+
+    QString m_journal;
+    std::vector<Pinned> m_folders;
+    bool m_isImmutable = false;
+};
+
+}  // namespace keeper

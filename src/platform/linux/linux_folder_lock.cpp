@@ -1,0 +1,159 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "platform/linux/linux_folder_lock.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/inotify.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <exception>
+
+namespace keeper {
+namespace {
+
+/// What the program says to its watchdog when it has unlocked by itself.
+constexpr char kGoodbye = 'q';
+
+}  // namespace
+
+LinuxFolderLock::LinuxFolderLock(const QString& stateFolder, QString watchdog)
+    : m_journal(stateFolder + QStringLiteral("/folder-lock.json")),
+      m_watchdog(std::move(watchdog)) {}
+
+LinuxFolderLock::~LinuxFolderLock() {
+    unlock();
+}
+
+bool LinuxFolderLock::lock(const QString& folder) {
+    if (m_pin) {
+        return m_folder == folder;
+    }
+    try {
+        // A journal left by an older lock must not be overwritten before it was obeyed.
+        if (!heal()) {
+            return false;
+        }
+        m_pin.emplace(folder, m_journal);
+    } catch (const std::exception&) {
+        return false;
+    }
+    m_folder = folder;
+    watch();
+    startWatchdog();
+    return true;
+}
+
+void LinuxFolderLock::unlock() {
+    m_notifier.reset();
+    m_events.reset();
+    m_pin.reset();
+    stopWatchdog();
+}
+
+bool LinuxFolderLock::heal() const {
+    try {
+        return FolderPin::heal(m_journal);
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+void LinuxFolderLock::watch() {
+    m_events = UniqueFd(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+    if (!m_events.isValid()) {
+        return;  // the pin itself stands
+    }
+    for (const int folder : m_pin->descriptors()) {
+        // Through the descriptor: a path may lead elsewhere by now.
+        const QByteArray path = QStringLiteral("/proc/self/fd/%1").arg(folder).toLocal8Bit();
+        ::inotify_add_watch(m_events.get(), path.constData(),
+                            IN_MOVE_SELF | IN_ATTRIB | IN_ONLYDIR);
+    }
+    m_notifier = std::make_unique<QSocketNotifier>(m_events.get(), QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, [this] { drain(); });
+}
+
+void LinuxFolderLock::drain() {
+    alignas(inotify_event) std::array<char, 4096> events{};
+    while (::read(m_events.get(), events.data(), events.size()) > 0) {
+    }
+    // In this order: a folder without the right to write cannot be moved to another parent.
+    putBack();
+    m_pin->renew();
+}
+
+void LinuxFolderLock::putBack() const {
+    const QString here =
+        QFile::symLinkTarget(QStringLiteral("/proc/self/fd/%1").arg(m_pin->descriptor()));
+    if (here.isEmpty() || here == m_folder) {
+        return;
+    }
+    ::renameat2(AT_FDCWD, QFile::encodeName(here).constData(), AT_FDCWD,
+                QFile::encodeName(m_folder).constData(), RENAME_NOREPLACE);
+}
+
+void LinuxFolderLock::startWatchdog() {
+    std::array<int, 2> ends{};
+    if (m_watchdog.isEmpty() ||
+        ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+        return;
+    }
+    const UniqueFd readEnd(ends[0]);
+    m_lifeline = UniqueFd(ends[1]);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, readEnd.get(), STDIN_FILENO);
+    posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    // A session of its own: what ends the program's whole group must leave it alive.
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+    QByteArray program = QFile::encodeName(m_watchdog);
+    QByteArray option(kWatchdogOption);
+    QByteArray journal = QFile::encodeName(m_journal);
+    const std::array<char*, 4> arguments{program.data(), option.data(), journal.data(), nullptr};
+    if (::posix_spawn(&m_watchdogProcess, program.constData(), &actions, &attributes,
+                      arguments.data(), environ) != 0) {
+        m_watchdogProcess = -1;
+        m_lifeline.reset();
+    }
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+}
+
+void LinuxFolderLock::stopWatchdog() {
+    if (m_watchdogProcess < 0) {
+        return;
+    }
+    ::send(m_lifeline.get(), &kGoodbye, 1, MSG_NOSIGNAL);  // it may have been killed
+    m_lifeline.reset();
+    while (::waitpid(m_watchdogProcess, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    m_watchdogProcess = -1;
+}
+
+int LinuxFolderLock::watchdogMain(const char* journal) {
+    char message = 0;
+    ssize_t got = 0;
+    do {
+        got = ::read(STDIN_FILENO, &message, 1);
+    } while (got < 0 && errno == EINTR);
+    if (got == 1 && message == kGoodbye) {
+        return 0;
+    }
+    try {
+        return FolderPin::heal(QFile::decodeName(journal)) ? 0 : 1;
+    } catch (const std::exception&) {
+        return 1;
+    }
+}
+
+}  // namespace keeper

@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <sys/types.h>
+
+#include <QSocketNotifier>
+#include <QString>
+#include <memory>
+#include <optional>
+
+#include "platform/folder_lock.h"
+#include "platform/linux/folder_pin.h"
+#include "platform/unique_fd.h"
+
+namespace keeper {
+
+/// Pins the folder and watches it: a renaming that the system allows all the same is undone within
+/// moments, and rights that are given back are taken again. When the program dies without
+/// unlocking, a small process of its own frees the folder at once, and heal() at the next start
+/// what even that could not.
+class LinuxFolderLock final : public FolderLock {
+  public:
+    /// The journal lies in `stateFolder`. `watchdog` is the program that runs watchdogMain() when
+    /// it is started with kWatchdogOption and the journal's path; without one nothing frees the
+    /// folder before heal().
+    LinuxFolderLock(const QString& stateFolder, QString watchdog);
+    ~LinuxFolderLock() override;
+
+    bool lock(const QString& folder) override;
+    void unlock() override;
+    [[nodiscard]] bool isLocked() const override { return m_pin.has_value(); }
+
+    /// Frees what a crash has left locked. To be called at the start of the program, by the one
+    /// instance that runs. False when a folder is still locked.
+    bool heal() const;
+
+    static constexpr const char* kWatchdogOption = "--free-folder-at-end";
+    /// Waits on the standard input until the program that locks says goodbye or dies; in the
+    /// latter case frees the folder. Returns the exit code.
+    static int watchdogMain(const char* journal);
+
+  private:
+    void watch();
+    void startWatchdog();
+    void stopWatchdog();
+    void drain();
+    void putBack() const;
+
+    QString m_journal;
+    QString m_watchdog;
+    QString m_folder;
+    std::optional<FolderPin> m_pin;
+    UniqueFd m_events;
+    std::unique_ptr<QSocketNotifier> m_notifier;
+    UniqueFd m_lifeline;
+    pid_t m_watchdogProcess = -1;
+};
+
+}  // namespace keeper

@@ -1,0 +1,198 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <csignal>
+#include <functional>
+
+#include "platform/linux/linux_folder_lock.h"
+
+namespace keeper {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr uid_t kNobody = 65534;
+
+/// Runs `work` in another process, as an ordinary person where this one is not. The exit code.
+int inOtherProcess(bool isOrdinary, const std::function<int()>& work) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (isOrdinary && ::geteuid() == 0 &&
+            (::setgroups(0, nullptr) != 0 || ::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) {
+            ::_exit(99);
+        }
+        ::_exit(work());
+    }
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+int run(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start(program, arguments);
+    // The lock's own watching needs the event loop.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 10'000));
+    return process.exitCode();
+}
+
+/// A private folder with content; as root and as an ordinary person, whose lock is another one.
+class FolderLockTest : public testing::TestWithParam<bool> {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(m_dir.isValid());
+        ASSERT_EQ(::chmod(QFile::encodeName(m_dir.path()).constData(), 0777), 0);
+    }
+    /// Everything belongs to the one who runs it.
+    void make() const {
+        ASSERT_TRUE(QDir().mkpath(folder() + u"/我的备份/旧"_s));
+        for (const QString& name : {u"/A.kvdb"_s, u"/我的备份/A.kvdb"_s, u"/我的备份/旧/b"_s}) {
+            QFile file(folder() + name);
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write("content");
+        }
+    }
+    [[nodiscard]] QString folder() const { return m_dir.filePath(u"MORV - A"_s); }
+    [[nodiscard]] QString state() const { return m_dir.filePath(u"state"_s); }
+    [[nodiscard]] QString moved() const { return m_dir.filePath(u"moved"_s); }
+    [[nodiscard]] int files() const {
+        int count = 0;
+        for (const QString& name : {u"/A.kvdb"_s, u"/我的备份/A.kvdb"_s, u"/我的备份/旧/b"_s}) {
+            count += QFile::exists(folder() + name) ? 1 : 0;
+        }
+        return count;
+    }
+    void attack() const {
+        run(u"mv"_s, {folder(), moved()});
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !QFile::exists(moved()); }, 5'000))
+            << "the renaming stood";
+        EXPECT_NE(run(u"rm"_s, {u"-rf"_s, folder()}), 0);
+        EXPECT_NE(run(u"mv"_s, {folder() + u"/我的备份"_s, folder() + u"/weg"_s}), 0);
+        EXPECT_NE(run(u"rm"_s, {u"-f"_s, folder() + u"/A.kvdb"_s}), 0);
+        EXPECT_EQ(files(), 3);
+    }
+    void expectFree() const {
+        ASSERT_EQ(run(u"mv"_s, {folder(), moved()}), 0);
+        ASSERT_EQ(run(u"rm"_s, {u"-r"_s, moved()}), 0);
+        EXPECT_FALSE(QFile::exists(state() + u"/folder-lock.json"_s));
+    }
+    void asSomebody(const std::function<void()>& work) const {
+        EXPECT_EQ(inOtherProcess(GetParam(),
+                                 [&] {
+                                     make();
+                                     work();
+                                     return testing::Test::HasFailure() ? 1 : 0;
+                                 }),
+                  0);
+    }
+
+    QTemporaryDir m_dir;
+};
+
+INSTANTIATE_TEST_SUITE_P(Persons, FolderLockTest, testing::Bool(), [](const auto& person) {
+    return person.param ? "Ordinary" : "AsThisOne";
+});
+
+TEST_P(FolderLockTest, NobodyRenamesOrDeletesUntilItIsUnlocked) {
+    asSomebody([this] {
+        struct stat before {};
+        ASSERT_EQ(::stat(QFile::encodeName(folder()).constData(), &before), 0);
+        LinuxFolderLock lock(state(), QString());
+        ASSERT_TRUE(lock.lock(folder()));
+        EXPECT_TRUE(lock.lock(folder()));
+        attack();
+        QFile file(folder() + u"/A.kvdb"_s);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        lock.unlock();
+        struct stat after {};
+        ASSERT_EQ(::stat(QFile::encodeName(folder()).constData(), &after), 0);
+        EXPECT_EQ(before.st_mode, after.st_mode);
+        expectFree();
+    });
+}
+
+TEST_P(FolderLockTest, RightsThatAreGivenBackMeanwhileAreTakenAgain) {
+    asSomebody([this] {
+        LinuxFolderLock lock(state(), QString());
+        ASSERT_TRUE(lock.lock(folder()));
+        run(u"chmod"_s, {u"-R"_s, u"u+w"_s, folder()});
+        QTest::qWait(50);
+        attack();
+        lock.unlock();
+        expectFree();
+    });
+}
+
+TEST_P(FolderLockTest, TheNextStartFreesWhatAKilledProgramLeftLocked) {
+    asSomebody([this] {
+        inOtherProcess(false, [this] {
+            LinuxFolderLock lock(state(), QString());
+            EXPECT_TRUE(lock.lock(folder()));
+            return ::raise(SIGKILL);
+        });
+        EXPECT_NE(run(u"rm"_s, {u"-f"_s, folder() + u"/A.kvdb"_s}), 0);
+        // Nobody watches any more: an ordinary person's folder can be renamed where it lies.
+        const bool isMoved = ::rename(QFile::encodeName(folder()).constData(),
+                                      QFile::encodeName(moved()).constData()) == 0;
+        EXPECT_TRUE(LinuxFolderLock(state(), QString()).heal());
+        if (isMoved) {
+            ASSERT_EQ(run(u"mv"_s, {moved(), folder()}), 0);
+        }
+        expectFree();
+    });
+}
+
+TEST_P(FolderLockTest, TheWatchdogFreesTheFolderAsSoonAsTheProgramDies) {
+    asSomebody([this] {
+        inOtherProcess(false, [this] {
+            LinuxFolderLock lock(state(), QString::fromLocal8Bit(qgetenv("KEEPER_UNDER_TEST")));
+            EXPECT_TRUE(lock.lock(folder()));
+            attack();
+            return ::raise(SIGKILL);
+        });
+        EXPECT_TRUE(QTest::qWaitFor(
+            [this] { return !QFile::exists(state() + u"/folder-lock.json"_s); }, 5'000));
+        expectFree();
+    });
+}
+
+TEST_P(FolderLockTest, AWatchdogThatIsToldGoodbyeLeavesTheNextLockAlone) {
+    asSomebody([this] {
+        LinuxFolderLock lock(state(), QString::fromLocal8Bit(qgetenv("KEEPER_UNDER_TEST")));
+        for (int i = 0; i < 3; ++i) {
+            ASSERT_TRUE(lock.lock(folder()));
+            lock.unlock();
+        }
+        ASSERT_TRUE(lock.lock(folder()));
+        QTest::qWait(50);
+        attack();
+        lock.unlock();
+        expectFree();
+    });
+}
+
+TEST_P(FolderLockTest, AFolderThatIsNotThereIsRefusedAndNothingIsLeft) {
+    asSomebody([this] {
+        LinuxFolderLock lock(state(), QString());
+        EXPECT_FALSE(lock.lock(folder() + u"x"_s));
+        EXPECT_FALSE(lock.isLocked());
+        lock.unlock();
+        expectFree();
+    });
+}
+
+}  // namespace
+}  // namespace keeper
