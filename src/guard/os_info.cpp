@@ -3,6 +3,7 @@
 
 #include "guard/os_info.h"
 
+#include "platform/power.h"
 #include "platform/prompt.h"
 #include "store/failure.h"
 
@@ -33,6 +34,10 @@ NetworkAddress OSInfo::GetNetConfig() {
 bool OSInfo::DoesConnectNetwork() {
     return guarded(m_prompt, QStringLiteral("OSInfo.DoesConnectNetwork"), false,
                    [this] { return m_machine.isConnectedToNetwork(); });
+}
+
+bool OSInfo::ShutdownOS(Power& power) {
+    return guardedRun(m_prompt, QStringLiteral("ShutdownOS"), [&power] { power.shutDown(); });
 }
 
 QString OSInfo::machineText() {

@@ -10,6 +10,7 @@
 
 namespace keeper {
 
+class Power;
 class Prompt;
 
 /// The machine's fingerprint, name and address, as the guard and the log use them.
@@ -32,6 +33,9 @@ class OSInfo {
     /// The network address, or the hardware address of a machine that is not connected.
     [[nodiscard]] NetworkAddress GetNetConfig();
     [[nodiscard]] bool DoesConnectNetwork();
+
+    /// Shuts the machine down. A refusal is shown, and false.
+    bool ShutdownOS(Power& power);
 
     /// Name, tab, address: what the log keeps of a machine.
     [[nodiscard]] QString machineText();

@@ -346,6 +346,12 @@ QString Database::checkIntegrity() {
     return foreignKeys.step() ? QStringLiteral("foreign key of ") + foreignKeys.text(0) : QString();
 }
 
+void Database::forgetPages() {
+    if (m_handle != nullptr) {
+        sqlite3_db_release_memory(m_handle);
+    }
+}
+
 void Database::execute(const char* sql) {
     run(m_handle, sql);
 }

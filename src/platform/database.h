@@ -92,6 +92,10 @@ class Database {
     /// The engine's own integrity check and the foreign keys; an empty text means sound.
     [[nodiscard]] QString checkIntegrity();
 
+    /// Gives back the memory of all pages in clear that no statement needs just now, wiped. Reading
+    /// goes on as before, from the file.
+    void forgetPages();
+
     /// Runs statements without parameters (schema, pragmas). Never put a value into the text.
     void execute(const char* sql);
     /// Rows changed by the last finished insert, update or delete, cascades not counted.
