@@ -5,12 +5,16 @@
 
 #include <QString>
 #include <optional>
+#include <vector>
 
+#include "platform/concealed_texts.h"
 #include "workspace/edit_pane_state.h"
 #include "workspace/sheet_lists.h"
 #include "workspace/workspace.h"
 
 namespace keeper {
+
+class Random;
 
 /// The detail pane: a reader in browse, an editor in modify and add. Owns the state that a widget
 /// shows and the two hidden slots for the effective number and password; takes what a person types
@@ -57,6 +61,11 @@ class EditPane {
     /// Arms the fill of the entry on display, or says why there is none.
     void monitorShownEntry();
 
+    // While the manager is locked, the pane is empty and its texts are not in memory as they are;
+    // afterwards everything stands as before, typed but unsaved text included.
+    void conceal(Random& random);
+    void reveal();
+
     // Checks; a failure shows its message and moves the focus.
     [[nodiscard]] bool CheckValid();
     [[nodiscard]] bool AllowModify();
@@ -97,6 +106,7 @@ class EditPane {
 
   private:
     [[nodiscard]] bool isEditing() const { return m_workspace.m_editState != EditState::Browse; }
+    [[nodiscard]] std::vector<QString*> concealable();
     void focus(PaneField field, bool selectAll = false);
     bool refuse(const QString& message, PaneField field, bool selectAll = false);
     void applyControls();
@@ -135,6 +145,7 @@ class EditPane {
     QString m_passwordText;
     QStringList m_numberNames;
     QStringList m_passwordNames;
+    ConcealedTexts m_concealed;
     int m_showing = 0;
     /// A person has entered something that is not saved.
     bool m_isDirty = false;
