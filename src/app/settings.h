@@ -126,6 +126,10 @@ class Settings {
     /// Show passwords as masked text.
     [[nodiscard]] bool p_implicitlyShowPwd() const { return m_rows.booleans.row(20); }
     void p_implicitlyShowPwd(bool value) { m_rows.booleans.row(20) = value; }
+    /// The manager locks itself when the desktop locks its screen or the machine goes to sleep. The
+    /// row says the opposite, so that databases without it have this switched on.
+    [[nodiscard]] bool p_lockWithScreen() const { return !m_rows.booleans.row(21); }
+    void p_lockWithScreen(bool value) { m_rows.booleans.row(21) = !value; }
 
     // Table tb_TypeByte
     /// Number of the current tip of the day.

@@ -6,6 +6,8 @@
 #include <QString>
 #include <functional>
 
+#include "guard/auto_exit.h"
+
 namespace keeper {
 
 class Clock;
@@ -23,9 +25,6 @@ enum class CloseReason {
     Killed,       ///< a task manager closes it and waits for nothing
     Other,
 };
-
-/// The automatic exit that is set for the session.
-enum class AutoExit { None = 0, Close = 1, ShutDown = 2 };
 
 /// The end of the session: the closing reasons, the exit backup and the sealing.
 class SessionEnd {
