@@ -23,7 +23,7 @@ RULES = [
     ),
     (re.compile(r"QMessageBox|QInputDialog|QFileDialog"), ("src/app", "src/guard", "src/store", "src/tools", "src/workspace"),
      "logic speaks to people through the Prompt port"),
-    (re.compile(r"std::thread|std::jthread|QThread\b|QtConcurrent"), ("src/",), "the program has one thread"),
+    (re.compile(r"std::thread|std::jthread|QThread\b(?!>|::currentThread)|moveToThread|QtConcurrent"), ("src/",), "the program has one thread"),
 ]
 
 

@@ -17,6 +17,7 @@
 #include "app/session_flow.h"
 #include "app/system.h"
 #include "app/users.h"
+#include "auto_guard_parts.h"
 #include "crypto/cipher_self_test.h"
 #include "crypto/cryptor3.h"
 #include "guard/authority_gate.h"
@@ -60,13 +61,7 @@
 #include "workspace_parts.h"
 
 namespace keeper {
-namespace {
-
-// Keys of the tray's menu.
-const QString kShowMain = QStringLiteral("mn_trayMainInterface");
-const QString kExit = QStringLiteral("mn_trayExit");
-
-}  // namespace
+namespace {}  // namespace
 
 struct DesktopProgram::Graph {
     explicit Graph(QApplication& application);
@@ -74,6 +69,7 @@ struct DesktopProgram::Graph {
     [[nodiscard]] StartChecks startChecks();
     [[nodiscard]] Login::Ports loginPorts();
     [[nodiscard]] SessionEnd::Ports sessionEndPorts();
+    [[nodiscard]] AutoGuardSession autoGuardSession();
     void connectSession();
     void buildMainWindow();
     void startWorkspace();
@@ -134,6 +130,7 @@ struct DesktopProgram::Graph {
     WorkspaceParts parts;
     SessionWindows windows;
     SessionEnd sessionEnd;
+    AutoGuardParts autoGuard;
     QTimer tmrRunTime;
     bool isMainWindowBuilt = false;
 };
@@ -184,9 +181,12 @@ DesktopProgram::Graph::Graph(QApplication& application)
       parts({prompt, clock, system, store, files, entries, programs, fils, logs, gate, beeper,
              mainWindow}),
       windows(login, wizard, keyboard, mainWindow),
-      sessionEnd(sessionEndPorts()) {
+      sessionEnd(sessionEndPorts()),
+      autoGuard(autoGuardSession()) {
     system.attach(sealed);
     tmrRunTime.setInterval(1000);
+    // The automatic lock looks for one certain second.
+    tmrRunTime.setTimerType(Qt::PreciseTimer);
     connectSession();
 }
 
@@ -210,6 +210,7 @@ StartChecks DesktopProgram::Graph::startChecks() {
         return isProved ? QString() : databaseSelfTest(folders.temporary);
     };
     checks.initUsers = [this] {
+        autoGuard.heal();
         users.InitUsers();
         destruction.finishInterrupted();
     };
@@ -238,17 +239,38 @@ SessionEnd::Ports DesktopProgram::Graph::sessionEndPorts() {
             sealed,
             logs,
             files,
-            [this] { mainWindow.hide(); },
+            [this] { autoGuard.hideToTray(); },
             [this](const QString& title, const QString& text) { tray.showBalloon(text, title); },
             [this] { return parts.workspace.m_editState != EditState::Browse; },
             [] {},
             [this] { clipboard.clear(); },
-            [] {},
+            [this] { autoGuard.release(); },
             [this] {
                 tmrRunTime.stop();
                 mainWindow.keepGeometry();
             },
             [this] { tray.setVisible(false); }};
+}
+
+AutoGuardSession DesktopProgram::Graph::autoGuardSession() {
+    return {prompt,
+            clock,
+            random,
+            system,
+            connection,
+            logs,
+            osInfo,
+            gate,
+            parts.workspace.services.monitor,
+            clipboard,
+            tray,
+            sessionWatch,
+            parts.pane,
+            parts.size,
+            mainWindow,
+            folders.state + QStringLiteral("/morvane-keeper"),
+            [this] { return sessionEnd.runSeconds(); },
+            [this](AutoExit mode) { endSession(CloseReason::Program, mode); }};
 }
 
 void DesktopProgram::Graph::connectSession() {
@@ -257,13 +279,14 @@ void DesktopProgram::Graph::connectSession() {
     QObject::connect(&tmrRunTime, &QTimer::timeout, &mainWindow, [this] {
         sessionEnd.tick();
         tellRunTime();
+        autoGuard.tick();
     });
     QObject::connect(&instance, &SingleInstance::raiseRequested, &mainWindow, [this] {
         if (QWidget* window = QApplication::activeModalWidget()) {
             window->raise();
             window->activateWindow();
         } else if (mainWindow.isVisible() || tmrRunTime.isActive()) {
-            mainWindow.bringToFront();
+            autoGuard.comeBack();
         }
     });
     QObject::connect(&sessionWatch, &SessionWatch::ending, &mainWindow, [this] {
@@ -271,14 +294,6 @@ void DesktopProgram::Graph::connectSession() {
             endSession(CloseReason::SessionEnds);
         } else {
             QApplication::exit(0);
-        }
-    });
-    QObject::connect(&tray, &Tray::clicked, &mainWindow, [this] { mainWindow.bringToFront(); });
-    QObject::connect(&tray, &Tray::itemChosen, &mainWindow, [this](const QString& key) {
-        if (key == kShowMain) {
-            mainWindow.bringToFront();
-        } else if (key == kExit) {
-            endSession(CloseReason::Program);
         }
     });
     mainWindow.setCloseJudge([this](frmMain::CloseSource source) {
@@ -317,10 +332,7 @@ void DesktopProgram::Graph::startWorkspace() {
 }
 
 void DesktopProgram::Graph::startSession() {
-    tray.setMenu(
-        {{kShowMain, QStringLiteral("主界面")}, {{}, {}}, {kExit, QStringLiteral("退出")}});
-    tray.setToolTip(system.p_userName() + QStringLiteral(" - ") + programTitle());
-    tray.setVisible(true);
+    autoGuard.start();
     tmrRunTime.start();
     tellRunTime();
     // Inside the event loop, which alone can end the session.
@@ -339,9 +351,13 @@ void DesktopProgram::Graph::endSession(CloseReason reason, AutoExit autoExit) {
                            [this, reason, autoExit] { endSession(reason, autoExit); });
         return;
     }
-    if (sessionEnd.requestClose(reason, autoExit)) {
-        QApplication::quit();
+    if (!sessionEnd.requestClose(reason, autoExit)) {
+        return;
     }
+    if (autoExit == AutoExit::ShutDown) {
+        autoGuard.shutDownMachine();
+    }
+    QApplication::quit();
 }
 
 /// Behind the command that is running, and without a question that could keep the session open.

@@ -2,12 +2,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include <QApplication>
+#include <cstring>
 
 #include "app/program_info.h"
 #include "desktop_program.h"
 #include "platform/linux/hardening.h"
+#include "platform/linux/linux_folder_lock.h"
 
 int main(int argc, char** argv) {
+    using keeper::LinuxFolderLock;
+    if (argc == 3 && std::strcmp(argv[1], LinuxFolderLock::kWatchdogOption) == 0) {
+        return LinuxFolderLock::watchdogMain(argv[2]);
+    }
     keeper::hardenProcess();
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("morvane-keeper"));

@@ -21,7 +21,9 @@ void GuardTimers::tick() {
 }
 
 void GuardTimers::armLock() {
-    m_isLockArmed = m_ports.system.settings().p_autoLock();
+    // Without a time the first tick would lock again behind each unlocking.
+    const Settings& settings = m_ports.system.settings();
+    m_isLockArmed = settings.p_autoLock() && settings.p_autoLockSecs() > 0;
 }
 
 void GuardTimers::armExit() {

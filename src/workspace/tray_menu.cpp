@@ -48,6 +48,7 @@ void TrayMenu::refresh() {
 
 bool TrayMenu::SetLockState(bool isLocked) {
     return guardedRun(m_ports.prompt, QStringLiteral("frmMain.SetLockState"), [&] {
+        m_ports.monitor.ActivateMonitor(kFillEnded);
         m_isLocked = isLocked;
         m_wasHidden = isLocked && !m_ports.isMainVisible();
         m_ports.tray.setItemText(kTrayLock,

@@ -10,6 +10,7 @@
 namespace keeper {
 
 class AuthorityGate;
+class FillMonitorPort;
 class Prompt;
 class System;
 class Tray;
@@ -23,6 +24,7 @@ class TrayMenu {
         System& system;
         Tray& tray;
         AuthorityGate& gate;
+        FillMonitorPort& monitor;
         std::function<bool()> isMainVisible;
         /// In front of everything, restored when it was minimised.
         std::function<void()> showMain;

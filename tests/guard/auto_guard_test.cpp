@@ -54,6 +54,7 @@ class Neighbours final : public FolderLock,
                          public IdleTime,
                          public StatusPanels,
                          public AuthorityGate,
+                         public FillMonitorPort,
                          public Power {
   public:
     QStringList events;
@@ -87,6 +88,7 @@ class Neighbours final : public FolderLock,
         }
         return gateOpens;
     }
+    void ActivateMonitor(int state) override { events << u"fill %1"_s.arg(state); }
     void shutDown() override {
         events << u"power"_s;
         if (refusal != nullptr) {
@@ -134,7 +136,7 @@ class AutoGuardTest : public SessionTest {
          [this] { return runSeconds; }, [this] { timers.armLock(); }}};
     GuardTimers timers{{systemOf(), near, guardian, near, [this](AutoExit mode) { ended = mode; }}};
     AutoGuardSettings dialog{{prompt, clock, systemOf(), logsOf(), timers}};
-    TrayMenu tray{{prompt, systemOf(), icon, near, [this] { return isMainVisible; },
+    TrayMenu tray{{prompt, systemOf(), icon, near, near, [this] { return isMainVisible; },
                    [this] { showMain(true); }, [this] { showMain(false); },
                    [this](bool isShown) {
                        near.events << (isShown ? u"lock window"_s : u"no lock window"_s);
@@ -168,8 +170,9 @@ TEST_F(AutoGuardTest, LockingHidesClosesConcealsAndPinsInThisOrderAndOnce) {
     program->system.ManageForms(form, true);
     rows().p_clearClpbrd(true);
     guardian.LockInstantly(true);
-    EXPECT_EQ(takeEvents(), QStringList({u"hide"_s, u"clipboard"_s, u"close dlgAutoGuard"_s,
-                                         u"conceal"_s, u"pin MORV - 王小明"_s}));
+    EXPECT_EQ(takeEvents(),
+              QStringList({u"fill 4"_s, u"hide"_s, u"clipboard"_s, u"close dlgAutoGuard"_s,
+                           u"conceal"_s, u"pin MORV - 王小明"_s}));
     EXPECT_TRUE(guardian.m_isLock());
     EXPECT_EQ(program->logged(9), 1);
     guardian.LockInstantly(false);
@@ -178,7 +181,7 @@ TEST_F(AutoGuardTest, LockingHidesClosesConcealsAndPinsInThisOrderAndOnce) {
 
     program->system.ManageForms(form, false);
     guardian.UnlockInstantly(false);
-    EXPECT_EQ(takeEvents(), QStringList({u"show"_s, u"unpin"_s, u"reveal"_s}));
+    EXPECT_EQ(takeEvents(), QStringList({u"fill 4"_s, u"show"_s, u"unpin"_s, u"reveal"_s}));
     Statement row(program->connection, "SELECT lCount FROM tb_SysLog WHERE statusNo=11");
     ASSERT_TRUE(row.step());
     EXPECT_EQ(row.integer(0), runSeconds);
@@ -199,7 +202,7 @@ TEST_F(AutoGuardTest, TheEndOfALockedSessionFreesTheFolderAndShowsNoWindow) {
     takeEvents();
     program->system.p_isLogouted(true);
     guardian.UnlockInstantly(true);
-    EXPECT_EQ(takeEvents(), QStringList(u"unpin"_s));
+    EXPECT_EQ(takeEvents(), QStringList({u"fill 4"_s, u"unpin"_s}));
 }
 
 TEST_F(AutoGuardTest, IdleLockHitsTheExactSecondAndIsArmedAgainByUnlocking) {

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: Morvane Keeper contributors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "platform/random.h"
 #include "workspace/workspace_fixture.h"
 
 namespace keeper {
@@ -274,6 +275,35 @@ TEST_F(EditPaneTest, aChangedPasswordGoesToTheHistoryAndAKeptOneDoesNot) {
     EXPECT_EQ(linesOf(m_workspace.lsbSearch), QStringList(u"0207 甲二"_s));
     EXPECT_EQ(linesOf(m_workspace.lsbRecentUpdate), QStringList(u"0207 甲二"_s));
     EXPECT_TRUE(hasNode(u"ent0207"_s) && !hasNode(u"ent0101"_s));
+}
+
+TEST_F(EditPaneTest, whatIsEditedLeavesTheMemoryAndComesBackAsItStood) {
+    SystemRandom random;
+    addWeb(u"0101"_s, u"甲"_s, u"stored secret"_s);
+    openBrowsing(u"ent0101"_s);
+    m_pane.EnterModify(true);
+    m_pane.editField(PaneField::Remarks, u"半句𠮷"_s);
+    m_pane.typeNumber(u"4711-0815"_s);
+    m_near.paneShown = 0;
+    m_pane.conceal(random);
+    m_pane.conceal(random);  // a second lock must not hide the emptiness over it
+    EXPECT_GT(m_near.paneShown, 0);
+    for (const QString& text :
+         {m_near.pane.txtTitle, m_near.pane.txtRemarks, m_near.pane.ComboBox2,
+          m_near.pane.cboPassword, m_pane.GetNumberText(), m_pane.GetPasswordText(),
+          m_workspace.m_entry->password, m_workspace.m_entry->common.m_customPwd}) {
+        EXPECT_EQ(text, QString());
+    }
+    EXPECT_EQ(state(), 1);
+    m_pane.reveal();
+    EXPECT_EQ(m_near.pane.txtRemarks, u"半句𠮷");
+    EXPECT_EQ(m_pane.GetPasswordText(), u"stored secret");
+    m_pane.mn_save();
+    const Web saved = m_webs.Search(u"0101"_s);
+    EXPECT_EQ(saved.m_Remarks, u"半句𠮷");
+    EXPECT_EQ(saved.m_customNum, u"4711-0815");
+    EXPECT_EQ(saved.m_customPwd, u"stored secret");
+    EXPECT_EQ(value(u"select count(*) from tb_EntLog"_s), u"0") << "the password was not changed";
 }
 
 TEST_F(EditPaneTest, refusesChangesThatMustNotBe) {

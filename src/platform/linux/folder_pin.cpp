@@ -193,6 +193,9 @@ bool FolderPin::heal(const QString& journal) {
         const UniqueFd folder =
             findFolder(path, row.value(QStringLiteral("inode")).toString().toULongLong());
         if (outer.isEmpty()) {
+            if (!folder.isValid() && !QFileInfo(QFileInfo(path).absolutePath()).isDir()) {
+                return true;  // its disk is not there; the journal waits for it
+            }
             outer = path;
             outerNow = folder.isValid() ? pathOf(folder.get()) : path;
         }

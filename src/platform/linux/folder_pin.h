@@ -35,7 +35,7 @@ class FolderPin {
     [[nodiscard]] bool isImmutable() const { return m_isImmutable; }
 
     /// Gives back what a journal tells. Does nothing without one; a journal stays when a folder
-    /// that still exists could not be freed. False then.
+    /// could not be freed, which is false, or when the whole place where it lay is not there.
     static bool heal(const QString& journal);
 
   private:

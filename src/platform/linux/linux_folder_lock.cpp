@@ -10,6 +10,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
 #include <array>
 #include <cerrno>
@@ -25,8 +27,7 @@ constexpr char kGoodbye = 'q';
 }  // namespace
 
 LinuxFolderLock::LinuxFolderLock(const QString& stateFolder, QString watchdog)
-    : m_journal(stateFolder + QStringLiteral("/folder-lock.json")),
-      m_watchdog(std::move(watchdog)) {}
+    : m_stateFolder(stateFolder), m_watchdog(std::move(watchdog)) {}
 
 LinuxFolderLock::~LinuxFolderLock() {
     unlock();
@@ -38,10 +39,10 @@ bool LinuxFolderLock::lock(const QString& folder) {
     }
     try {
         // A journal left by an older lock must not be overwritten before it was obeyed.
-        if (!heal()) {
+        if (!FolderPin::heal(journalOf(folder))) {
             return false;
         }
-        m_pin.emplace(folder, m_journal);
+        m_pin.emplace(folder, journalOf(folder));
     } catch (const std::exception&) {
         return false;
     }
@@ -58,11 +59,21 @@ void LinuxFolderLock::unlock() {
     stopWatchdog();
 }
 
-bool LinuxFolderLock::heal() const {
-    try {
-        return FolderPin::heal(m_journal);
-    } catch (const std::exception&) {
-        return false;
+QString LinuxFolderLock::journalOf(const QString& folder) const {
+    const QByteArray name =
+        QCryptographicHash::hash(folder.toUtf8(), QCryptographicHash::Sha1).toHex().first(16);
+    return m_stateFolder + QStringLiteral("/folder-lock-") + QString::fromLatin1(name) +
+           QStringLiteral(".json");
+}
+
+void LinuxFolderLock::heal() const {
+    const QDir state(m_stateFolder);
+    for (const QString& name : state.entryList({QStringLiteral("folder-lock-*.json")})) {
+        try {
+            FolderPin::heal(state.filePath(name));
+        } catch (const std::exception&) {
+            // An unreadable journal of one folder must not keep the others locked.
+        }
     }
 }
 
@@ -118,7 +129,7 @@ void LinuxFolderLock::startWatchdog() {
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
     QByteArray program = QFile::encodeName(m_watchdog);
     QByteArray option(kWatchdogOption);
-    QByteArray journal = QFile::encodeName(m_journal);
+    QByteArray journal = QFile::encodeName(journalOf(m_folder));
     const std::array<char*, 4> arguments{program.data(), option.data(), journal.data(), nullptr};
     if (::posix_spawn(&m_watchdogProcess, program.constData(), &actions, &attributes,
                       arguments.data(), environ) != 0) {

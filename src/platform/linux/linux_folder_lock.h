@@ -22,9 +22,9 @@ namespace keeper {
 /// what even that could not.
 class LinuxFolderLock final : public FolderLock {
   public:
-    /// The journal lies in `stateFolder`. `watchdog` is the program that runs watchdogMain() when
-    /// it is started with kWatchdogOption and the journal's path; without one nothing frees the
-    /// folder before heal().
+    /// The journals, one for each folder, lie in `stateFolder`. `watchdog` is the program that runs
+    /// watchdogMain() when it is started with kWatchdogOption and the journal's path; without one
+    /// nothing frees the folder before heal().
     LinuxFolderLock(const QString& stateFolder, QString watchdog);
     ~LinuxFolderLock() override;
 
@@ -33,8 +33,9 @@ class LinuxFolderLock final : public FolderLock {
     [[nodiscard]] bool isLocked() const override { return m_pin.has_value(); }
 
     /// Frees what a crash has left locked. To be called at the start of the program, by the one
-    /// instance that runs. False when a folder is still locked.
-    bool heal() const;
+    /// instance that runs, and again when the folder of a session is known to be there. REQUIRES:
+    /// nothing is locked.
+    void heal() const;
 
     static constexpr const char* kWatchdogOption = "--free-folder-at-end";
     /// Waits on the standard input until the program that locks says goodbye or dies; in the
@@ -48,7 +49,9 @@ class LinuxFolderLock final : public FolderLock {
     void drain();
     void putBack() const;
 
-    QString m_journal;
+    [[nodiscard]] QString journalOf(const QString& folder) const;
+
+    QString m_stateFolder;
     QString m_watchdog;
     QString m_folder;
     std::optional<FolderPin> m_pin;

@@ -1,0 +1,185 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "auto_guard_parts.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QThread>
+
+#include "app/system.h"
+#include "crypto/secure_wipe.h"
+#include "platform/clipboard.h"
+#include "platform/database.h"
+#include "platform/session_watch.h"
+#include "platform/tray.h"
+#include "ui/dlg_auto_guard.h"
+#include "ui/frm_main.h"
+#include "workspace/edit_pane.h"
+#include "workspace/form_size.h"
+
+namespace keeper {
+namespace {
+
+/// Boxes and file dialogs are no forms of the table, and must not outstay a lock either.
+void closeModalWindows() {
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        auto* dialog = qobject_cast<QDialog*>(window);
+        if (dialog != nullptr && dialog->isVisible() && dialog->isModal()) {
+            dialog->reject();
+        }
+    }
+    while (QWidget* popup = QApplication::activePopupWidget()) {
+        popup->close();
+    }
+}
+
+}  // namespace
+
+AutoGuardParts::AutoGuardParts(const AutoGuardSession& session)
+    : m_session(session),
+      m_folder(session.stateFolder, QApplication::applicationFilePath()),
+      guardian(guardianPorts()),
+      timers({session.system, m_idle, guardian, session.mainWindow.statusPanels(),
+              session.endSession}),
+      settings({session.prompt, session.clock, session.system, session.logs, timers}),
+      tray(trayPorts()) {
+    MainActions& actions = session.mainWindow.actions();
+    actions.carryOut(QStringLiteral("mn_lockManager"),
+                     [this] { guardian.LockInstantly(/*bManually=*/true); });
+    actions.carryOut(QStringLiteral("mn_autoGuardSettings"), [this] { showSettings(); });
+    connectTray();
+    connectDesktop();
+}
+
+AutoGuardian::Ports AutoGuardParts::guardianPorts() {
+    return {m_session.prompt,
+            m_session.clock,
+            m_session.system,
+            m_session.logs,
+            m_folder,
+            [this](bool isLocked) { return tray.SetLockState(isLocked); },
+            [this] { m_session.clipboard.clear(); },
+            [this](bool isConcealed) { conceal(isConcealed); },
+            m_session.runSeconds,
+            [this] { timers.armLock(); }};
+}
+
+TrayMenu::Ports AutoGuardParts::trayPorts() {
+    frmMain& window = m_session.mainWindow;
+    const auto about = [&window] { return window.actions().action(QStringLiteral("mn_about")); };
+    return {m_session.prompt,
+            m_session.system,
+            m_session.tray,
+            m_session.gate,
+            m_session.monitor,
+            [&window] { return window.isVisible() && !window.isMinimized(); },
+            [&window] { window.bringToFront(); },
+            [&window] { window.hide(); },
+            [this](bool isShown) { showLockWindow(isShown); },
+            [&window] { window.showMinimized(); },
+            [this] { return m_session.size.caption(); },
+            [&window] { window.mn_formSize(); },
+            [about] { return about()->isEnabled(); },
+            [about] { about()->trigger(); },
+            [this] { m_session.endSession(AutoExit::None); },
+            [this] { guardian.LockInstantly(/*bManually=*/true); },
+            [this] { guardian.UnlockInstantly(/*bExit=*/false); },
+            [this](bool isRunning) { isRunning ? m_clickTimer.start() : m_clickTimer.stop(); }};
+}
+
+void AutoGuardParts::connectTray() {
+    m_clickTimer.setSingleShot(true);
+    m_clickTimer.setInterval(TrayMenu::kClickMilliseconds);
+    connect(&m_clickTimer, &QTimer::timeout, this, [this] { tray.tmrClickTray(); });
+    connect(&m_session.tray, &Tray::clicked, this, [this] { tray.click(); });
+    connect(&m_session.tray, &Tray::doubleClicked, this, [this] { tray.doubleClick(); });
+    connect(&m_session.tray, &Tray::balloonClicked, this, [this] { tray.comeBack(); });
+    connect(&m_session.tray, &Tray::itemChosen, this,
+            [this](const QString& key) { tray.choose(key); });
+}
+
+void AutoGuardParts::connectDesktop() {
+    const auto lock = [this] { lockWithDesktop(); };
+    connect(&m_screen, &ScreenLock::locked, this, lock);
+    connect(&m_session.sessionWatch, &SessionWatch::lockRequested, this, lock);
+    connect(&m_session.sessionWatch, &SessionWatch::goingToSleep, this, lock);
+}
+
+void AutoGuardParts::start() {
+    m_isRunning = true;
+    heal();  // a folder on a disk that was not there when the program started
+    m_screen.start();
+    tray.start();
+    timers.armLock();
+}
+
+void AutoGuardParts::tick() {
+    timers.tick();
+    tray.tick();
+}
+
+void AutoGuardParts::lockWithDesktop() {
+    if (m_isRunning && m_session.system.settings().p_lockWithScreen()) {
+        guardian.LockInstantly(/*bManually=*/false);
+    }
+}
+
+void AutoGuardParts::conceal(bool isConcealed) {
+    m_isConcealWanted = isConcealed;
+    if (isConcealed) {
+        closeModalWindows();
+        concealWhenNothingRuns();
+    } else {
+        reveal();
+    }
+}
+
+/// What waited for a box that was closed still runs to its end, and works with the pane's texts.
+void AutoGuardParts::concealWhenNothingRuns() {
+    if (!m_isConcealWanted) {
+        return;
+    }
+    if (QThread::currentThread()->loopLevel() > 1) {
+        QTimer::singleShot(0, this, [this] { concealWhenNothingRuns(); });
+        return;
+    }
+    m_isConcealWanted = false;
+    m_session.pane.conceal(m_session.random);
+    QString key = m_session.system.p_plainIdpPwd();
+    QString* const place = &key;
+    m_columnKey.conceal({&place, 1}, m_session.random);
+    m_session.system.p_plainIdpPwd(QString());
+    m_session.connection.forgetPages();
+}
+
+void AutoGuardParts::reveal() {
+    if (!m_columnKey.isEmpty()) {
+        QString key;
+        const WipeGuard wipe(key);
+        QString* const place = &key;
+        m_columnKey.reveal({&place, 1});
+        m_session.system.p_plainIdpPwd(key);
+    }
+    m_session.pane.reveal();
+}
+
+void AutoGuardParts::showLockWindow(bool isShown) {
+    if (!isShown) {
+        m_lockWindow.reset();
+        return;
+    }
+    m_lockWindow = std::make_unique<LockWindow>(
+        m_session.system.p_userName(),
+        // Unlocking takes the window away, and the button that was pressed with it.
+        [this] { QTimer::singleShot(0, this, [this] { tray.tryUnlock(); }); },
+        [this] { QTimer::singleShot(0, this, [this] { m_session.endSession(AutoExit::None); }); });
+    m_lockWindow->show();
+}
+
+void AutoGuardParts::showSettings() {
+    dlgAutoGuard form(settings, m_session.system, &m_session.mainWindow);
+    form.run();
+}
+
+}  // namespace keeper
