@@ -22,6 +22,7 @@
 #include "store/schema.h"
 #include "store/sys_logs.h"
 #include "support/campaign_setting.h"
+#include "support/file_size_limit.h"
 #include "support/vault.h"
 
 namespace keeper {
@@ -212,7 +213,7 @@ TEST_F(ColumnSwitchTest, RefusalsCostWhatTheyShouldAndChangeNothing) {
 
 TEST_F(ColumnSwitchTest, WhatCannotBeFinishedIsUndoneAsAWhole) {
     ColumnProgram program(file());
-    program.fill(30);
+    program.fill(200);
     const QStringList before = program.cells(false);
     const auto expectUntouched = [&](const QString& text) {
         EXPECT_EQ(program.prompt.boxes.back().text, text);
@@ -242,6 +243,14 @@ TEST_F(ColumnSwitchTest, WhatCannotBeFinishedIsUndoneAsAWhole) {
     EXPECT_TRUE(program.prompt.boxes.back().text.contains(
         QStringLiteral("]ColumnCryption.HandleAssPwd:\r\n关联密码【12】")));
     program.database.execute("UPDATE tb_AssPwd SET Content='plain-12' WHERE Name='12'");
+    for (const qint64 room : {0, 100'000}) {
+        const FileSizeLimit full(static_cast<rlim_t>(QFileInfo(file()).size() + room));
+        program.click();
+        EXPECT_TRUE(
+            program.prompt.boxes.back().text.contains(QStringLiteral("]ColumnCryption.Handle")));
+        EXPECT_FALSE(program.system.settings().p_idpPwdSwitch());
+    }
+    EXPECT_EQ(program.cells(false), before);
     // The last step of all fails: the record in the log.
     program.database.execute(
         "CREATE TRIGGER full BEFORE INSERT ON tb_SysLog BEGIN SELECT RAISE(ABORT,'full'); END");
