@@ -178,8 +178,9 @@ void AutoGuardParts::showLockWindow(bool isShown) {
 }
 
 void AutoGuardParts::showSettings() {
-    dlgAutoGuard form(settings, m_session.system, &m_session.mainWindow);
-    form.run();
+    settings.load();
+    dlgAutoGuard(settings).run(m_session.system);
+    settings.unload();
 }
 
 }  // namespace keeper

@@ -14,8 +14,7 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
-#include "app/system.h"
-#include "ui/theme/icons.h"
+#include "ui/widgets/named.h"
 
 namespace keeper {
 namespace {
@@ -53,46 +52,22 @@ Control* numbered(Control* control, const char* name, std::size_t index) {
 
 }  // namespace
 
-dlgAutoGuard::dlgAutoGuard(AutoGuardSettings& logic, System& system, QWidget* parent)
-    : QDialog(parent), m_logic(logic), m_system(system) {
-    setObjectName(QStringLiteral("dlgAutoGuard"));
+dlgAutoGuard::dlgAutoGuard(AutoGuardSettings& logic)
+    : SessionDialog("dlgAutoGuard"), m_logic(logic) {
     setWindowTitle(QStringLiteral("自动保护"));
-    setWindowIcon(programIcon());
-    const int unit = fontMetrics().height();
-
-    cmdCancel = new QPushButton(QStringLiteral("关闭(&X)"), this);
-    cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
+    cmdCancel = named(new QPushButton(QStringLiteral("关闭(&X)"), this), "cmdCancel");
     cmdCancel->setAutoDefault(false);
     connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
-    auto* commands = new QHBoxLayout;
-    commands->addStretch();
-    commands->addWidget(cmdCancel);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(unit, unit, unit, unit);
-    layout->setSpacing(unit);
+    QBoxLayout* layout = makeLayout();
     layout->addWidget(buildFrame(AutoGuardSettings::fraAutoLock));
     layout->addWidget(buildFrame(AutoGuardSettings::fraAutoExit));
-    layout->addLayout(commands);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addWidget(cmdCancel, 0, Qt::AlignRight);
     m_logic.changed = [this] { updateState(); };
+    updateState();
 }
 
 dlgAutoGuard::~dlgAutoGuard() {
     m_logic.changed = nullptr;
-}
-
-void dlgAutoGuard::run() {
-    m_logic.load();
-    m_system.ManageForms(*this, true);
-    exec();
-    m_system.ManageForms(*this, false);
-    m_logic.unload();
-}
-
-void dlgAutoGuard::activateForm() {
-    raise();
-    activateWindow();
 }
 
 QGroupBox* dlgAutoGuard::buildFrame(Frame frame) {

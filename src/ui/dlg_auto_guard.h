@@ -3,39 +3,28 @@
 
 #pragma once
 
-#include <QDialog>
 #include <array>
 #include <vector>
 
-#include "app/open_forms.h"
 #include "guard/auto_guard_settings.h"
+#include "ui/widgets/session_dialog.h"
 
 class QCheckBox;
 class QGroupBox;
-class QPushButton;
 class QRadioButton;
 class QSpinBox;
 
 namespace keeper {
 
-class System;
-
 /// The settings of the automatic guard. Shows the state of its logic and forwards what the person
 /// does.
-class dlgAutoGuard final : public QDialog, public OpenForm {
+class dlgAutoGuard final : public SessionDialog {
     Q_OBJECT
 
   public:
-    /// Both must outlive the form. The form takes over `logic.changed`.
-    dlgAutoGuard(AutoGuardSettings& logic, System& system, QWidget* parent = nullptr);
+    /// The logic must outlive the form, which takes over its `changed`.
+    explicit dlgAutoGuard(AutoGuardSettings& logic);
     ~dlgAutoGuard() override;
-
-    /// Blocks until the form closes.
-    void run();
-
-    [[nodiscard]] QString formName() const override { return objectName(); }
-    void closeForm() override { reject(); }
-    void activateForm() override;
 
   private:
     using Frame = AutoGuardSettings::Frame;
@@ -51,10 +40,8 @@ class dlgAutoGuard final : public QDialog, public OpenForm {
     void updateState();
 
     AutoGuardSettings& m_logic;
-    System& m_system;
     std::array<FrameControls, AutoGuardSettings::kFrames> m_frames;
     QCheckBox* chkScreenLock = nullptr;
-    QPushButton* cmdCancel = nullptr;
 };
 
 }  // namespace keeper

@@ -36,7 +36,7 @@ TEST_F(SessionTest, AutoGuardFormSetsTheTimesThatAreTypedAndRefusesWrongOnes) {
         {prompt, clock, program->system, program->logs, near, {}, {}, {}, {}, {}});
     GuardTimers timers({program->system, near, guardian, near, {}});
     AutoGuardSettings logic({prompt, clock, program->system, program->logs, timers});
-    dlgAutoGuard form(logic, program->system);
+    dlgAutoGuard form(logic);
     const auto part = [&form](auto* type, const char* control) {
         auto* found =
             form.findChild<std::remove_pointer_t<decltype(type)>*>(QString::fromLatin1(control));
