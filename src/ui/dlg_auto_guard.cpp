@@ -55,12 +55,13 @@ Control* numbered(Control* control, const char* name, std::size_t index) {
 dlgAutoGuard::dlgAutoGuard(AutoGuardSettings& logic)
     : SessionDialog("dlgAutoGuard"), m_logic(logic) {
     setWindowTitle(QStringLiteral("自动保护"));
-    cmdCancel = named(new QPushButton(QStringLiteral("关闭(&X)"), this), "cmdCancel");
-    cmdCancel->setAutoDefault(false);
-    connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
+    // In the order of the eye, which is that of the Tab key too.
     QBoxLayout* layout = makeLayout();
     layout->addWidget(buildFrame(AutoGuardSettings::fraAutoLock));
     layout->addWidget(buildFrame(AutoGuardSettings::fraAutoExit));
+    cmdCancel = named(new QPushButton(QStringLiteral("关闭(&X)"), this), "cmdCancel");
+    cmdCancel->setAutoDefault(false);
+    connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
     layout->addWidget(cmdCancel, 0, Qt::AlignRight);
     m_logic.changed = [this] { updateState(); };
     updateState();
@@ -77,6 +78,7 @@ QGroupBox* dlgAutoGuard::buildFrame(Frame frame) {
         isLock ? QStringLiteral("管理器在鼠标、键盘空闲") : QStringLiteral("管理器在"), this);
     box->setObjectName(QString::fromLatin1(kNames.at(frame).frame));
     controls.box = box;
+    QLayout* times = buildTimes(frame);
     auto* options = new QVBoxLayout;
     for (int i = 0; i < (isLock ? 2 : 3); ++i) {
         auto* option = numbered(new QRadioButton(AutoGuardSettings::optionCaption(frame, i), box),
@@ -86,15 +88,8 @@ QGroupBox* dlgAutoGuard::buildFrame(Frame frame) {
         options->addWidget(option);
         controls.options.push_back(option);
     }
-    controls.cmdOK = new QPushButton(QStringLiteral("确定"), box);
-    controls.cmdOK->setObjectName(QStringLiteral("cmdOK%1").arg(static_cast<int>(frame)));
-    controls.cmdOK->setAccessibleName(isLock ? QStringLiteral("确定自动锁定设置")
-                                             : QStringLiteral("确定自动退出设置"));
-    controls.cmdOK->setAutoDefault(true);
-    connect(controls.cmdOK, &QPushButton::clicked, this, [this, frame] { m_logic.cmdOK(frame); });
-
     auto* layout = new QVBoxLayout(box);
-    layout->addLayout(buildTimes(frame));
+    layout->addLayout(times);
     layout->addLayout(options);
     if (isLock) {
         chkScreenLock = new QCheckBox(QStringLiteral("桌面锁屏或系统睡眠时也锁定(&W)"), box);
@@ -103,6 +98,12 @@ QGroupBox* dlgAutoGuard::buildFrame(Frame frame) {
                 [this](bool isOn) { m_logic.locksWithScreen(isOn); });
         layout->addWidget(chkScreenLock);
     }
+    controls.cmdOK = new QPushButton(QStringLiteral("确定"), box);
+    controls.cmdOK->setObjectName(QStringLiteral("cmdOK%1").arg(static_cast<int>(frame)));
+    controls.cmdOK->setAccessibleName(isLock ? QStringLiteral("确定自动锁定设置")
+                                             : QStringLiteral("确定自动退出设置"));
+    controls.cmdOK->setAutoDefault(true);
+    connect(controls.cmdOK, &QPushButton::clicked, this, [this, frame] { m_logic.cmdOK(frame); });
     layout->addWidget(controls.cmdOK, 0, Qt::AlignRight);
     return box;
 }
