@@ -38,7 +38,7 @@ bool fits(const LogSentence& sentence, const LogRow& row) {
         case LogCondition::CountOdd:
             return row.count % 2 != 0;
         case LogCondition::ValuesEmpty:
-            return row.isPlaceholder;
+            return row.value(0).isEmpty();
         case LogCondition::ValuesDiffer:
             return row.values.size() > 1 && row.values.at(0) != row.values.at(1);
     }

@@ -16,7 +16,7 @@ enum class LogCondition {
     CountAbove,    // m_lCount is above the operand
     CountBelow,    // m_lCount is below the operand
     CountOdd,      // m_lCount is odd
-    ValuesEmpty,   // the description is empty
+    ValuesEmpty,   // the description is empty, or begins with an empty value
     ValuesDiffer,  // the second value is there and differs from the first
 };
 
