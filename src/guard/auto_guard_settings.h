@@ -37,7 +37,7 @@ class AutoGuardSettings {
         GuardTimers& timers;
     };
 
-    explicit AutoGuardSettings(Ports ports) : m_ports(std::move(ports)) {}
+    explicit AutoGuardSettings(const Ports& ports) : m_ports(ports) {}
 
     /// Shows the settings that are in force.
     void load();

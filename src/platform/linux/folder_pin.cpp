@@ -184,7 +184,7 @@ bool FolderPin::heal(const QString& journal) {
     bool isFree = true;
     QString outer;
     QString outerNow;
-    for (const QJsonValue& value : QJsonDocument::fromJson(*content).array()) {
+    for (const QJsonValue value : QJsonDocument::fromJson(*content).array()) {
         const QJsonObject row = value.toObject();
         QString path = row.value(QStringLiteral("path")).toString();
         if (!outer.isEmpty()) {
