@@ -109,17 +109,18 @@ QString FileOperator::GetProgramFolder(bool x86) const {
 
 QString FileOperator::ResolveProgramPath(const QString& path) const {
     if (path.startsWith(programsX86Marker())) {
-        return QDir(GetProgramFolder(true)).filePath(path.mid(programsX86Marker().size()));
+        return GetProgramFolder(true) + u'/' + path.mid(programsX86Marker().size());
     }
     if (!path.startsWith(programsMarker())) {
         return path;
     }
-    const QDir folder(GetProgramFolder(false));
+    // Joined as texts: a tail that begins with a second slash must come back as it was.
+    const QString folder = GetProgramFolder(false) + u'/';
     const QString tail = path.mid(programsMarker().size());
     const QString other =
         tail.startsWith(localStep()) ? tail.mid(localStep().size()) : localStep() + tail;
-    return folder.exists(tail) || !folder.exists(other) ? folder.filePath(tail)
-                                                        : folder.filePath(other);
+    const bool isMoved = !QFileInfo::exists(folder + tail) && QFileInfo::exists(folder + other);
+    return folder + (isMoved ? other : tail);
 }
 
 QString FileOperator::GetFileLenHuman_Path(const QString& path) {

@@ -105,17 +105,15 @@ bool System::RepairPrivateFolder() {
 
 bool System::ClearUser(bool deleteFolder) {
     const QString where = QStringLiteral("cSystem.ClearUser");
-    bool cleared = guardedRun(m_prompt, where, [&] {
+    const bool cleared = guardedRun(m_prompt, where, [&] {
         if (m_sealed != nullptr && !m_sealed->DiscardWorkingCopy()) {
             throw KeeperError(75, QStringLiteral("ClearUser"),
                               QStringLiteral("数据库的工作副本无法删除：\r\n") + p_tmpFile());
         }
     });
-    if (deleteFolder) {
-        cleared = guardedRun(m_prompt, where, [&] { privatefolder::destroy(p_privateFolder()); }) &&
-                  cleared;
-    }
-    return cleared;
+    return cleared && (!deleteFolder || guardedRun(m_prompt, where, [&] {
+                           privatefolder::destroy(p_privateFolder());
+                       }));
 }
 
 }  // namespace keeper

@@ -93,7 +93,7 @@ class System final : public KeyHolder, public PrivateFolderOwner {
     /// Makes what is missing in the private folder. A failure is shown.
     bool RepairPrivateFolder();
     /// Closes the database and deletes the working copy, and with `deleteFolder` the private folder
-    /// with everything in it. Each failure is shown, and does not keep the other from being done.
+    /// with everything in it. A failure is shown and ends it.
     bool ClearUser(bool deleteFolder);
 
     // Dialogs that must not stay open while the manager is locked

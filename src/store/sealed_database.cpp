@@ -257,9 +257,12 @@ void SealedDatabase::startWorkingCopy(Origin origin) {
     ensurePrivateFolder(m_stateFolder);
     removeAbandonedCopies();
     // The mark comes first: a kill in between leaves no copy that nobody would take away.
-    const QString mark =
-        makeFreshFile(m_stateFolder, QString(), kWorkingSuffix + kFreshSuffix, m_random);
-    m_freshMark = lockedMark(mark);
+    QString mark;
+    do {
+        mark = makeFreshFile(m_stateFolder, QString(), kWorkingSuffix + kFreshSuffix, m_random);
+        m_freshMark = lockedMark(mark);
+        // Another program may clear it away before it is locked.
+    } while (!m_freshMark.isValid() || !QFileInfo::exists(mark));
     m_tmpFile = mark.chopped(kFreshSuffix.size());
     createPrivateFile(m_tmpFile);
     m_origin = origin;
@@ -267,6 +270,7 @@ void SealedDatabase::startWorkingCopy(Origin origin) {
 }
 
 void SealedDatabase::removeAbandonedCopies() {
+    removeLeftovers(m_stateFolder, QString(), kCompactingSuffix);
     const QDir folder(m_stateFolder);
     const QStringList marks =
         folder.entryList({u'*' + kWorkingSuffix + kFreshSuffix}, QDir::Files | QDir::Hidden);
@@ -281,12 +285,13 @@ void SealedDatabase::removeAbandonedCopies() {
 }
 
 bool SealedDatabase::removeWorkingCopy() {
-    m_origin = Origin::None;
-    m_wasConnected = false;
     removeRelatives();
+    removeLeftovers(m_stateFolder, QString(), kCompactingSuffix);
     if (!isGone(m_tmpFile) || !isGone(journalOf(m_tmpFile))) {
         return false;
     }
+    m_origin = Origin::None;
+    m_wasConnected = false;
     KeepWorkingCopy();
     return true;
 }

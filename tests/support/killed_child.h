@@ -4,6 +4,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/ptrace.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +13,23 @@
 #include <functional>
 
 namespace keeper {
+
+/// A number that a child writes and its parent still reads when the child was killed.
+class SharedCount {
+  public:
+    SharedCount()
+        : m_value(static_cast<int*>(::mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE,
+                                           MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {}
+    ~SharedCount() { ::munmap(m_value, sizeof(int)); }
+    SharedCount(const SharedCount&) = delete;
+    SharedCount& operator=(const SharedCount&) = delete;
+
+    [[nodiscard]] int get() const { return *m_value; }
+    void set(int value) const { *m_value = value; }
+
+  private:
+    int* m_value;
+};
 
 /// Runs `work` in a child process that is killed at its system call number `call` (from 1), before
 /// that call takes effect; the calls of `prepare`, which runs first, do not count. True when the
