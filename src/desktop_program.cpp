@@ -202,7 +202,7 @@ StartChecks DesktopProgram::Graph::startChecks() {
     checks.initializeSystemInfo = [this] { return osInfo.Initialize(); };
     checks.selfTest = [this] {
         if (!cipherSelfTest()) {
-            return QStringLiteral("the ciphers fail their known answers");
+            return QStringLiteral("密码算法自检失败");
         }
         // In memory where there is such a folder: nobody waits for a disk's flush at every start.
         const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");

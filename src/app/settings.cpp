@@ -123,7 +123,12 @@ bool Settings::ReadDB(QString& message) {
             m_isUnreadable = (error.number() & kPrimaryCode) != kGenericError;
             message = error.description();
             throw;
+        } catch (const KeeperError& error) {
+            message = error.description();
+            throw;
         } catch (...) {
+            // Too little memory, say, is no verdict on the database.
+            m_isUnreadable = true;
             message = currentFailure().description;
             throw;
         }

@@ -112,8 +112,8 @@ bool System::ClearUser(bool deleteFolder) {
         }
     });
     return cleared && (!deleteFolder || guardedRun(m_prompt, where, [&] {
-                           privatefolder::destroy(p_privateFolder());
-                       }));
+               privatefolder::destroy(p_privateFolder());
+           }));
 }
 
 }  // namespace keeper

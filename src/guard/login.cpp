@@ -38,6 +38,10 @@ void Login::load() {
     m_isClosed = false;
     m_isActivated = false;
     m_resultValue = Result::End;
+    if (m_user != nullptr && std::exchange(m_isBlindTest, false)) {
+        // The test came to no verdict, so the key is no measure for the next one.
+        m_user->p_hashLgnKey(QString());
+    }
     m_user = nullptr;
     m_state = LoginState();
     m_state.userNames = m_ports.users.names();
@@ -63,7 +67,8 @@ Login::Focus Login::activate() {
         const auto last = m_state.userNames.indexOf(m_ports.users.p_defaultUserName());
         selectUser(static_cast<int>(qMax(qsizetype{0}, last)));
     }
-    if (m_user->p_autoLogin()) {
+    // Once: a database that cannot be opened would keep the person from ever reaching the form.
+    if (m_user->p_autoLogin() && !std::exchange(m_hasAutoLoggedIn, true)) {
         OnLoginClicked();
     } else if (offersFingerprint()) {
         if (LoginThroughFingerprint()) {
@@ -97,8 +102,19 @@ int Login::userAt(const QString& name, const QString& folder) {
         user = m_ports.users.makeUser();
         user->p_privateFolder(folder);
         m_ports.users.AddNewUser(user);
-    } else {
+    } else if (QFileInfo(folder) != QFileInfo(user->p_privateFolder())) {
+        if (QFileInfo::exists(user->p_activeFile())) {
+            m_ports.prompt.messageBox(
+                QStringLiteral("用户【%1】上次异常退出，其工作副本属于另一个私人文件夹：\r\n%2\r\n"
+                               "请先从那里登录一次，再打开这个密码数据库。")
+                    .arg(name, user->p_privateFolder()),
+                Prompt::Icon::Exclamation);
+            return -1;
+        }
+        // Another file, perhaps under another key: this machine knows nothing of it.
         user->p_privateFolder(folder);
+        user->p_remLgnKey(false);
+        user->p_hashLgnKey(QString());
     }
     if (!m_state.userNames.contains(name)) {
         m_state.userNames << name;
@@ -230,6 +246,7 @@ bool Login::VerifyTypedKey() {
         return false;
     }
     // Without a hash this machine has never seen the database: the unsealing is the test.
+    m_isBlindTest = m_user->p_hashLgnKey().isEmpty();
     m_user->p_plainLgnKey(m_mirror);
     return true;
 }
@@ -325,10 +342,14 @@ void Login::CountFailedAttempt() {
 }
 
 void Login::tick() {
-    if (m_state.hasUser && m_state.chancesTone == LoginState::Tone::Refused) {
-        if (!IsBanned()) {
-            ShowChances();
-        }
+    if (!m_state.hasUser) {
+        return;
+    }
+    const bool wasRefused = m_state.chancesTone == LoginState::Tone::Refused;
+    if (IsBanned()) {
+        notify();
+    } else if (wasRefused) {
+        ShowChances();
         notify();
     }
 }
@@ -365,7 +386,7 @@ void Login::cmdCancel() {
 }
 
 void Login::cmdOpen() {
-    const QString filter = QStringLiteral("密码数据库(*%1)|*%1").arg(kExtension);
+    const QString filter = QStringLiteral("密码数据库(*%1)").arg(kExtension);
     const QString path =
         m_ports.files.FileDialog(false, QString(), m_ports.registry.p_defPrivateFolders(), filter);
     if (path.isEmpty()) {

@@ -135,6 +135,7 @@ class Login {
     [[nodiscard]] bool acceptsBlindTest();
     void takeStartFolder();
     /// Row of the user of that name, who is added for this run when this machine does not know it.
+    /// -1, and a message, when a crashed session of that user waits in another folder.
     int userAt(const QString& name, const QString& folder);
     void showPath();
 
@@ -147,6 +148,9 @@ class Login {
     Result m_resultValue = Result::End;
     bool m_isClosed = false;
     bool m_isActivated = false;
+    bool m_hasAutoLoggedIn = false;
+    /// The key has been taken for a database that this machine has no hash of.
+    bool m_isBlindTest = false;
 };
 
 }  // namespace keeper

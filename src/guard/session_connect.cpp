@@ -180,8 +180,12 @@ bool SessionConnect::tryScheme(bool scheme) {
         return false;
     }
     QString message;
-    if (connect(scheme, message)) {
-        return true;
+    // The file that a session without its upgrade has sealed wears the new scheme outside only.
+    for (const bool inner : {scheme, !scheme}) {
+        if (connect(inner, message)) {
+            m_keySchemeV2 = inner;
+            return true;
+        }
     }
     const Trouble trouble = m_ports.database.trouble();
     if (trouble != Trouble::WrongKey || scheme) {

@@ -52,15 +52,15 @@ QString databaseSelfTest(const QString& folder) {
         Statement(database, "insert into known values (?1)").bind(1, kContent).run();
         database.close();
         if (isReadableInClear(path)) {
-            return QStringLiteral("the linked database engine does not encrypt");
+            return QStringLiteral("所链接的数据库引擎没有加密数据");
         }
         if (!refusesOtherPassword(path, options)) {
-            return QStringLiteral("the database engine takes a wrong password");
+            return QStringLiteral("数据库引擎接受了错误的密码");
         }
         database.open(path, kPassword);
         Statement query(database, "select answer from known");
         if (!query.step() || query.text(0) != kContent) {
-            return QStringLiteral("the database engine does not read back what it wrote");
+            return QStringLiteral("数据库引擎读出的内容与写入的不同");
         }
     } catch (const DatabaseError& error) {
         return error.description();

@@ -14,7 +14,7 @@ QString spokenName(StatusPanel panel) {
         case StatusPanel::Message:
             return QStringLiteral("消息");
         case StatusPanel::DeadCount:
-            return QStringLiteral("失效统计");
+            return QStringLiteral("分机存活期");
         case StatusPanel::Operation:
             return QStringLiteral("操作状态");
         case StatusPanel::FillState:
