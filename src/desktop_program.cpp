@@ -133,6 +133,8 @@ struct DesktopProgram::Graph {
     AutoGuardParts autoGuard;
     QTimer tmrRunTime;
     bool isMainWindowBuilt = false;
+    /// The desktop asked for the end before the session stood.
+    bool isEndingEarly = false;
 };
 
 DesktopProgram::Graph::Graph(QApplication& application)
@@ -293,6 +295,7 @@ void DesktopProgram::Graph::connectSession() {
         if (tmrRunTime.isActive()) {
             endSession(CloseReason::SessionEnds);
         } else {
+            isEndingEarly = true;
             QApplication::exit(0);
         }
     });
@@ -337,7 +340,9 @@ void DesktopProgram::Graph::startSession() {
     tellRunTime();
     // Inside the event loop, which alone can end the session.
     QTimer::singleShot(0, &mainWindow, [this] {
-        if (!secrets.age.checkAll()) {
+        if (isEndingEarly) {
+            endSession(CloseReason::SessionEnds);
+        } else if (!secrets.age.checkAll()) {
             endSession(CloseReason::Program);
         }
     });
@@ -382,8 +387,16 @@ int DesktopProgram::run(const QString& commandLine) {
     m_graph->sessionWatch.start();
     m_graph->appearance.watch();
     Main main(m_graph->prompt, m_graph->windows, m_graph->road, m_graph->startChecks());
-    if (!main.run(commandLine)) {
-        return 0;
+    try {
+        if (!main.run(commandLine)) {
+            return 0;
+        }
+    } catch (const std::exception& error) {
+        // Nothing is open yet: a folder that refuses the lock of the instance, say.
+        m_graph->prompt.messageBox(
+            QStringLiteral("程序无法启动：\r\n") + QString::fromUtf8(error.what()),
+            Prompt::Icon::Critical);
+        return 1;
     }
     m_graph->startSession();
     return QApplication::exec();
