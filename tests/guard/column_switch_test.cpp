@@ -23,6 +23,7 @@
 #include "store/sys_logs.h"
 #include "support/campaign_setting.h"
 #include "support/file_size_limit.h"
+#include "support/killed_child.h"
 #include "support/vault.h"
 
 namespace keeper {
@@ -299,12 +300,9 @@ TEST_F(ColumnSwitchTest, AKillAtAnyMomentLeavesAllOrNothing) {
         }
         char byte = 0;
         ASSERT_EQ(::read(ready[0], &byte, 1), 1);
-        ::usleep(std::uniform_int_distribution<useconds_t>(
-            0, static_cast<useconds_t>(duration * 5 / 4))(draw));
-        ::kill(child, SIGKILL);
-        int status = 0;
-        ::waitpid(child, &status, 0);
-        ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "it failed by itself";
+        const auto moment = std::uniform_int_distribution<std::int64_t>(
+            0, static_cast<std::int64_t>(duration * 5 / 4))(draw);
+        ASSERT_TRUE(killedAfter(child, std::chrono::microseconds(moment))) << "failed by itself";
         ::close(ready[0]);
         ::close(ready[1]);
 

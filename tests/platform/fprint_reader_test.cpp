@@ -13,8 +13,6 @@
 namespace keeper {
 namespace {
 
-using Outcome = FingerprintReader::Outcome;
-
 const QString kService = QStringLiteral("net.reactivated.Fprint");
 const QString kManager = QStringLiteral("/net/reactivated/Fprint/Manager");
 const QString kDevice = QStringLiteral("/net/reactivated/Fprint/Device/0");
@@ -80,7 +78,8 @@ class FprintReaderTest : public testing::Test {
                          QStringLiteral("sb"), {QString::fromLatin1(result), isDone});
     }
     bool start() {
-        return m_reader.start([this](Outcome outcome) { m_outcomes.push_back(outcome); });
+        return m_reader.start(
+            [this](FingerprintReader::Outcome outcome) { m_outcomes.push_back(outcome); });
     }
     bool isFound() {
         std::optional<bool> found;
@@ -94,7 +93,7 @@ class FprintReaderTest : public testing::Test {
 
     PrivateBus m_bus;
     FprintReader m_reader{m_bus.connection()};
-    std::vector<Outcome> m_outcomes;
+    std::vector<FingerprintReader::Outcome> m_outcomes;
 };
 
 TEST_F(FprintReaderTest, OnlyAReaderThatKnowsAFingerIsOffered) {
@@ -124,7 +123,9 @@ TEST_F(FprintReaderTest, AFingerIsJudgedAndTheReaderSetFree) {
     EXPECT_EQ(state(), QStringLiteral("11")) << "it waits for the next finger";
     touch("verify-match", true);
     ASSERT_TRUE(waitFor(3));
-    EXPECT_EQ(m_outcomes, (std::vector{Outcome::TryAgain, Outcome::NoMatch, Outcome::Match}));
+    EXPECT_EQ(m_outcomes, (std::vector{FingerprintReader::Outcome::TryAgain,
+                                       FingerprintReader::Outcome::NoMatch,
+                                       FingerprintReader::Outcome::Match}));
     EXPECT_EQ(state(), QStringLiteral("00"));
 
     ASSERT_TRUE(start());
@@ -143,12 +144,12 @@ TEST_F(FprintReaderTest, AReaderThatIsTakenOrGoesAwayIsTold) {
     ASSERT_TRUE(start());
     touch("verify-disconnected", true);
     ASSERT_TRUE(waitFor(1));
-    EXPECT_EQ(m_outcomes.back(), Outcome::Disconnected);
+    EXPECT_EQ(m_outcomes.back(), FingerprintReader::Outcome::Disconnected);
     EXPECT_EQ(state(), QStringLiteral("00"));
     ASSERT_TRUE(start());
     m_bus.stopMocks();
     ASSERT_TRUE(waitFor(2));
-    EXPECT_EQ(m_outcomes.back(), Outcome::Disconnected);
+    EXPECT_EQ(m_outcomes.back(), FingerprintReader::Outcome::Disconnected);
 }
 
 }  // namespace

@@ -202,11 +202,7 @@ TEST_F(VaultCrashTest, AKillAtARandomMomentLosesNothing) {
             }
             ::_exit(1);
         }
-        ::usleep(static_cast<useconds_t>(moment));
-        ::kill(child, SIGKILL);
-        int status = 0;
-        ::waitpid(child, &status, 0);
-        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "it failed by itself";
+        EXPECT_TRUE(killedAfter(child, std::chrono::microseconds(moment))) << "failed by itself";
         const int rows = rowsFound();
         EXPECT_GE(rows, m_shared->acknowledged) << "moment " << i;
         EXPECT_LE(rows, m_shared->acknowledged + 1) << "moment " << i;

@@ -9,7 +9,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
+#include <ctime>
 #include <functional>
 
 namespace keeper {
@@ -30,6 +32,18 @@ class SharedCount {
   private:
     int* m_value;
 };
+
+/// Kills `child` after it has run for a while: the moment itself is what such a test varies. True
+/// when it was still running.
+inline bool killedAfter(pid_t child, std::chrono::microseconds moment) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(moment);
+    const timespec time{seconds.count(), std::chrono::nanoseconds(moment - seconds).count()};
+    ::nanosleep(&time, nullptr);
+    ::kill(child, SIGKILL);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+}
 
 /// Runs `work` in a child process that is killed at its system call number `call` (from 1), before
 /// that call takes effect; the calls of `prepare`, which runs first, do not count. True when the
