@@ -49,9 +49,9 @@ class NameBox final : public QComboBox {
         }
         const auto head = std::mismatch(shown.begin(), shown.end(), text.begin(), text.end());
         const auto kept = head.first - shown.begin();
-        const QString typed = text.endsWith(QStringView(shown).mid(kept))
-                                  ? text.mid(kept, text.size() - shown.size())
-                                  : text;
+        const bool isInserted =
+            text.size() > shown.size() && text.endsWith(QStringView(shown).mid(kept));
+        QString typed = isInserted ? text.mid(kept, text.size() - shown.size()) : text;
         m_isIndicating = false;
         setEditText(typed);
         return typed;

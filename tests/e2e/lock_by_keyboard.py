@@ -7,7 +7,6 @@ and after a crash the folder is free again.
 
 usage: lock_by_keyboard.py MORVANE-KEEPER PRINT-ENTRIES
 """
-import os
 import signal
 import subprocess
 import sys

@@ -97,7 +97,7 @@ void FprintReader::askLater(const QString& path, const QString& interface, const
     QDBusMessage call = QDBusMessage::createMethodCall(fprintService(), path, interface, method);
     call.setArguments(arguments);
     auto* answer = new QDBusPendingCallWatcher(m_bus->asyncCall(call), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [answer, take] {
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [answer, take = std::move(take)] {
         answer->deleteLater();
         take(answer->isError() ? QVariant() : answer->reply().arguments().value(0));
     });
