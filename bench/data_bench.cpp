@@ -166,7 +166,8 @@ void ReadAllForTree(benchmark::State& state) {
     World& world = World::of(static_cast<int>(state.range(0)));
     for (auto _ : state) {
         std::vector<Entry> rows;
-        if (world.entries.Display(rows) < world.count) {
+        if (world.entries.Display([&rows](const Entry& entry) { rows.push_back(entry); }) <
+            world.count) {
             state.SkipWithError("rows are missing");
         }
         benchmark::DoNotOptimize(rows.data());

@@ -232,8 +232,6 @@ void fillWidget(World& world, QTreeWidget& widget) {
     widget.setHeaderHidden(true);
     std::vector<Directory> directories;
     world.directories.Display(directories);
-    std::vector<Entry> entries;
-    world.entries.Display(entries);
     QHash<QString, QTreeWidgetItem*> nodes;
     nodes.reserve(static_cast<qsizetype>(directories.size()));
     QList<QTreeWidgetItem*> roots;
@@ -247,10 +245,10 @@ void fillWidget(World& world, QTreeWidget& widget) {
             parent->addChild(item);
         }
     }
-    for (const Entry& entry : entries) {
+    world.entries.Display([&nodes](const Entry& entry) {
         auto* item = new QTreeWidgetItem(nodes.value(entry.m_dirPath), QStringList(entry.m_Title));
         item->setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicator);
-    }
+    });
     widget.addTopLevelItems(roots);
     openBigClasses(widget);
 }

@@ -67,11 +67,7 @@ struct Process {
     }
     void list() {
         open();
-        std::vector<Entry> rows;
-        entries.Display(rows);
-        for (const Entry& entry : rows) {
-            std::puts(entry.m_Title.toUtf8().constData());
-        }
+        entries.Display([](const Entry& entry) { std::puts(entry.m_Title.toUtf8().constData()); });
     }
     void show(const QString& number) {
         open();

@@ -48,16 +48,14 @@ int runLs(const Arguments& arguments) {
     const NoColumnCipher noCipher;
     ColumnCipher columns(noCipher, copy.cipher());
     Entries entries({copy.connection(), copy.prompt(), clock, columns});
-    std::vector<Entry> rows;
-    entries.Display(rows);
-    if (!copy.prompt().message.isEmpty()) {
-        throw Exit(kFailed, withoutTag(copy.prompt().message));
-    }
     QStringList lines;
-    for (const Entry& entry : rows) {
+    entries.Display([&lines](const Entry& entry) {
         const QString number = entry.p_No();
         const auto kind = static_cast<std::size_t>(GetItemKeyType(number));
         lines << number + u'\t' + kKinds.at(kind) + u'\t' + printable(entry.m_Title);
+    });
+    if (!copy.prompt().message.isEmpty()) {
+        throw Exit(kFailed, withoutTag(copy.prompt().message));
     }
     copy.heedSignals();
     printLines(lines);

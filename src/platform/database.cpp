@@ -184,7 +184,8 @@ sqlite3* Database::connect(const QString& path, const QString& password, bool is
     const QByteArray name = QFile::encodeName(path);
     check(nullptr,
           sqlite3_open_v2(name.constData(), connection.out(),
-                          SQLITE_OPEN_READWRITE | SQLITE_OPEN_PRIVATECACHE, kVfs),
+                          SQLITE_OPEN_READWRITE | SQLITE_OPEN_PRIVATECACHE | SQLITE_OPEN_NOMUTEX,
+                          kVfs),
           "sqlite3_open_v2");
     sqlite3* handle = connection.get();
     check(handle, sqlite3_extended_result_codes(handle, 1), "sqlite3_extended_result_codes");

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "store/entry.h"
@@ -35,9 +36,10 @@ class Entries {
 
     /// A missing entry is a failure and is shown.
     bool Delete(const Entry& entry);
-    /// The bulk read that fills the tree: number, title and bookmark of every entry, in ascending
-    /// order of directory and own pair. Returns the count; with none `rows` stays as it is.
-    int Display(std::vector<Entry>& rows);
+    /// The bulk read that fills the tree: hands out number, title and bookmark of every entry, in
+    /// ascending order of directory and own pair, without holding them all; the object is good
+    /// during the call only. Returns the count. After a failure some may have been handed out.
+    int Display(const std::function<void(const Entry&)>& receive);
     /// Counts one use and returns the new count; 0 when there is no such entry.
     std::int32_t AddUsedTimes(const QString& number);
     bool SetBookmark(const QString& number, bool isMarked);

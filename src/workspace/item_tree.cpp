@@ -96,7 +96,15 @@ ItemId ItemTree::add(QStringView number, bool isDir, const QString& title) {
         const ItemId next = childOf(parent, true, pair);
         parent = next != kRoot ? next : insert(parent, true, pair, {});
     }
-    const int pair = pairAt(number, last);
+    return addOrRename(parent, isDir, pairAt(number, last), title);
+}
+
+ItemId ItemTree::addEntry(ItemId directory, QStringView pair, const QString& title) {
+    const int number = pair.size() == kPairLength ? pairAt(pair, 0) : 0;
+    return number == 0 ? kRoot : addOrRename(directory, false, number, title);
+}
+
+ItemId ItemTree::addOrRename(ItemId parent, bool isDir, int pair, const QString& title) {
     if (const ItemId known = childOf(parent, isDir, pair); known != kRoot) {
         setTitle(known, title);
         return known;

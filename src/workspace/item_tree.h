@@ -30,6 +30,9 @@ class ItemTree {
     /// on the way are made, without a title, so that no item is ever out of reach. kRoot for a
     /// malformed number.
     ItemId add(QStringView number, bool isDir, const QString& title);
+    /// The same for an entry of which the directory is known: a quicker way to fill a whole tree.
+    /// kRoot for a malformed pair. REQUIRES: `directory` is a directory.
+    ItemId addEntry(ItemId directory, QStringView pair, const QString& title);
     void setTitle(ItemId id, const QString& title) { m_items[id].title = title; }
     /// Takes the item and all below it out.
     void remove(ItemId id);
@@ -81,6 +84,7 @@ class ItemTree {
                                                                int pair) const;
     [[nodiscard]] ItemId childOf(ItemId parent, bool isDir, int pair) const;
     ItemId insert(ItemId parent, bool isDir, int pair, const QString& title);
+    ItemId addOrRename(ItemId parent, bool isDir, int pair, const QString& title);
     void detach(ItemId id);
     void release(ItemId id);
 

@@ -55,24 +55,30 @@ void Sheets::fillTree() {
     ItemTree tree;
     std::vector<ItemId> all;
     std::vector<ItemId> marked;
-    {
-        std::vector<Directory> directories;
-        services.directories.Display(directories);
-        std::vector<Entry> entries;
-        services.entries.Display(entries);
-        tree.reserve(directories.size() + entries.size());
-        all.reserve(entries.size());
-        for (const Directory& directory : directories) {
-            tree.add(directory.p_dirPath(), true, directory.m_Title);
-        }
-        for (const Entry& entry : entries) {
-            const ItemId id = tree.add(entry.p_No(), false, entry.m_Title);
-            all.push_back(id);
-            if (entry.m_Bookmark) {
-                marked.push_back(id);
-            }
-        }
+    std::vector<Directory> directories;
+    services.directories.Display(directories);
+    for (const Directory& directory : directories) {
+        tree.add(directory.p_dirPath(), true, directory.m_Title);
     }
+    QString path;
+    ItemId directory = ItemTree::kRoot;
+    services.entries.Display([&](const Entry& entry) {
+        // They come in the order of their directories.
+        if (entry.m_dirPath != path) {
+            path = entry.m_dirPath;
+            directory = tree.find(path, true);
+        }
+        const ItemId id = directory == ItemTree::kRoot
+                              ? tree.add(entry.p_No(), false, entry.m_Title)
+                              : tree.addEntry(directory, entry.m_entNo, entry.m_Title);
+        if (id == ItemTree::kRoot) {
+            return;
+        }
+        all.push_back(id);
+        if (entry.m_Bookmark) {
+            marked.push_back(id);
+        }
+    });
     m_workspace.tvwDirectory.assign(std::move(tree));
     m_workspace.lsbSearch.assign(std::move(all));
     m_workspace.lsbBookmark.assign(std::move(marked));
