@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QTreeView>
 #include <QTreeWidget>
+#include <memory>
 
 #include "crypto/cryptor3.h"
 #include "crypto/cryptor_host.h"
@@ -110,11 +111,17 @@ class World {
         tree = m_window.findChild<DirectoryTreeView*>();
     }
     static World& instance() {
-        static World world;
-        return world;
+        if (!s_world) {
+            s_world = std::make_unique<World>();
+        }
+        return *s_world;
     }
+    /// Windows must go before the application.
+    static void end() { s_world.reset(); }
 
   private:
+    static inline std::unique_ptr<World> s_world;
+
     static QString pair(int number) {
         return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
     }
@@ -245,8 +252,14 @@ void fillWidget(World& world, QTreeWidget& widget) {
             parent->addChild(item);
         }
     }
-    world.entries.Display([&nodes](const Entry& entry) {
-        auto* item = new QTreeWidgetItem(nodes.value(entry.m_dirPath), QStringList(entry.m_Title));
+    std::string path;
+    QTreeWidgetItem* parent = nullptr;
+    world.entries.Display([&](const EntryLine& line) {
+        if (line.dirPath != path) {
+            path = line.dirPath;
+            parent = nodes.value(EntryLine::text(path));
+        }
+        auto* item = new QTreeWidgetItem(parent, QStringList(EntryLine::text(line.title)));
         item->setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicator);
     });
     widget.addTopLevelItems(roots);
@@ -368,5 +381,6 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
+    keeper::World::end();
     return 0;
 }

@@ -67,7 +67,7 @@ struct Process {
     }
     void list() {
         open();
-        entries.Display([](const Entry& entry) { std::puts(entry.m_Title.toUtf8().constData()); });
+        entries.Display([](const EntryLine& line) { std::puts(std::string(line.title).c_str()); });
     }
     void show(const QString& number) {
         open();

@@ -49,10 +49,10 @@ int runLs(const Arguments& arguments) {
     ColumnCipher columns(noCipher, copy.cipher());
     Entries entries({copy.connection(), copy.prompt(), clock, columns});
     QStringList lines;
-    entries.Display([&lines](const Entry& entry) {
-        const QString number = entry.p_No();
+    entries.Display([&lines](const EntryLine& line) {
+        const QString number = line.number();
         const auto kind = static_cast<std::size_t>(GetItemKeyType(number));
-        lines << number + u'\t' + kKinds.at(kind) + u'\t' + printable(entry.m_Title);
+        lines << number + u'\t' + kKinds.at(kind) + u'\t' + printable(EntryLine::text(line.title));
     });
     if (!copy.prompt().message.isEmpty()) {
         throw Exit(kFailed, withoutTag(copy.prompt().message));

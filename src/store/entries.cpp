@@ -4,9 +4,6 @@
 #include "store/entries.h"
 
 #include <algorithm>
-#include <array>
-#include <string>
-#include <string_view>
 #include <utility>
 
 #include "platform/clock.h"
@@ -23,32 +20,6 @@ namespace {
 /// An entry bound to an associated password keeps no password of its own.
 QString storedPassword(const ColumnCipher& cipher, const Entry& entry) {
     return entry.m_pwdName == kCustomName ? cipher.toColumn(entry.m_customPwd) : QStringLiteral("");
-}
-
-/// Hands out the text made last as long as the bytes stay the same: rows in order of number repeat
-/// their directory, and one buffer serves them all.
-class SharedText {
-  public:
-    const QString& of(std::string_view bytes) {
-        if (m_bytes != bytes) {
-            m_bytes = bytes;
-            m_text = QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
-        }
-        return m_text;
-    }
-
-  private:
-    std::string m_bytes;
-    QString m_text;
-};
-
-constexpr std::size_t kPairs = 100;
-
-/// A place for each digit pair; anything else shares the first.
-std::size_t pairIndex(std::string_view pair) {
-    const auto digit = [&](std::size_t i) { return static_cast<std::size_t>(pair[i] - '0'); };
-    const std::size_t index = pair.size() == 2 ? digit(0) * 10 + digit(1) : 0;
-    return index < kPairs ? index : 0;
 }
 
 void bindNumber(Statement& statement, int index, const QString& wholeNumber) {
@@ -118,23 +89,14 @@ bool Entries::Delete(const Entry& entry) {
     });
 }
 
-int Entries::Display(const std::function<void(const Entry&)>& receive) {
+int Entries::Display(const std::function<void(const EntryLine&)>& receive) {
     return guarded(m_context.prompt, QStringLiteral("Entries.Display"), 0, [&] {
         Statement statement(m_context.database,
                             "select dirPath, entNo, Title, Bookmark from tb_Entry"
                             " order by dirPath, entNo");
-        SharedText dirPath;
-        std::array<SharedText, kPairs> entNos;
-        Entry entry;
         int count = 0;
-        while (statement.step()) {
-            const std::string_view entNo = statement.utf8(1);
-            entry.m_dirPath = dirPath.of(statement.utf8(0));
-            entry.m_entNo = entNos.at(pairIndex(entNo)).of(entNo);
-            entry.m_Title = statement.text(2);
-            entry.m_Bookmark = statement.flag(3);
-            receive(entry);
-            ++count;
+        for (; statement.step(); ++count) {
+            receive({statement.utf8(0), statement.utf8(1), statement.utf8(2), statement.flag(3)});
         }
         return count;
     });

@@ -7,12 +7,26 @@
 #include <QStringList>
 #include <cstdint>
 #include <functional>
+#include <string_view>
 #include <vector>
 
 #include "store/entry.h"
 #include "store/store_context.h"
 
 namespace keeper {
+
+/// What the tree shows of an entry, in UTF-8, good while it is handed out only.
+struct EntryLine {
+    std::string_view dirPath;
+    std::string_view entNo;
+    std::string_view title;
+    bool isMarked = false;
+
+    [[nodiscard]] QString number() const { return text(dirPath) + text(entNo); }
+    [[nodiscard]] static QString text(std::string_view bytes) {
+        return QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    }
+};
 
 /// The common half of all entries (tb_Entry). Failures are shown as "[number]Entries.Operation:"
 /// and give the default result; nothing is changed then. Companion rows follow renumbering and
@@ -36,10 +50,10 @@ class Entries {
 
     /// A missing entry is a failure and is shown.
     bool Delete(const Entry& entry);
-    /// The bulk read that fills the tree: hands out number, title and bookmark of every entry, in
-    /// ascending order of directory and own pair, without holding them all; the object is good
-    /// during the call only. Returns the count. After a failure some may have been handed out.
-    int Display(const std::function<void(const Entry&)>& receive);
+    /// The bulk read that fills the tree: hands out a line of every entry, in ascending order of
+    /// directory and own pair, without holding them all. Returns the count. After a failure some
+    /// may have been handed out.
+    int Display(const std::function<void(const EntryLine&)>& receive);
     /// Counts one use and returns the new count; 0 when there is no such entry.
     std::int32_t AddUsedTimes(const QString& number);
     bool SetBookmark(const QString& number, bool isMarked);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 #include "store/numbering.h"
 
@@ -70,6 +71,8 @@ QString ItemListModel::line(int row) const {
 
 int ItemListModel::findDigits(const QString& digits) const {
     const ItemTree& tree = m_tree.tree();
+    const QByteArray wanted = digits.toUtf8();
+    const std::string_view bytes(wanted.constData(), static_cast<std::size_t>(wanted.size()));
     std::array<char16_t, 64> buffer{};
     for (std::size_t row = 0; row < m_ids.size(); ++row) {
         const ItemId id = m_ids[row];
@@ -77,7 +80,7 @@ int ItemListModel::findDigits(const QString& digits) const {
         const bool isHit =
             length > 0 ? QStringView(buffer.data(), static_cast<qsizetype>(length)).contains(digits)
                        : tree.number(id).contains(digits);
-        if (isHit || tree.title(id).contains(digits)) {
+        if (isHit || tree.utf8Title(id).find(bytes) != std::string_view::npos) {
             return static_cast<int>(row);
         }
     }
@@ -85,15 +88,16 @@ int ItemListModel::findDigits(const QString& digits) const {
 }
 
 int ItemListModel::findTitle(const QString& title) const {
-    const auto withoutBlanks = [](QStringView text) {
-        while (text.endsWith(QLatin1Char(' '))) {
-            text.chop(1);
-        }
-        return text;
-    };
+    const QByteArray wanted = title.toUtf8();
+    const std::string_view bytes(wanted.constData(), static_cast<std::size_t>(wanted.size()));
     const ItemTree& tree = m_tree.tree();
-    const auto at = std::find_if(m_ids.begin(), m_ids.end(),
-                                 [&](ItemId id) { return withoutBlanks(tree.title(id)) == title; });
+    const auto at = std::find_if(m_ids.begin(), m_ids.end(), [&](ItemId id) {
+        std::string_view found = tree.utf8Title(id);
+        while (found.size() > bytes.size() && found.back() == ' ') {
+            found.remove_suffix(1);
+        }
+        return found == bytes && !found.ends_with(' ');
+    });
     return at == m_ids.end() ? kNoRow : static_cast<int>(at - m_ids.begin());
 }
 

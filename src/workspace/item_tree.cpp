@@ -11,6 +11,8 @@ namespace keeper {
 namespace {
 
 constexpr qsizetype kPairLength = 2;
+/// Lost bytes worth a pass over all titles.
+constexpr std::size_t kMostLostBytes = 1U << 16U;
 
 /// 1 .. 99, or 0 for what is no pair.
 int pairAt(QStringView number, qsizetype index) {
@@ -38,7 +40,7 @@ bool isWellFormed(QStringView number, bool isDir) {
 
 ItemTree::ItemTree() {
     m_branches.emplace_back();
-    m_items.push_back({{}, kRoot, 0, 0});
+    m_items.push_back({0, 0, kRoot, 0, 0});
 }
 
 const std::vector<ItemId>& ItemTree::siblings(ItemId parent, bool isDir) const {
@@ -53,6 +55,10 @@ std::vector<ItemId>& ItemTree::siblings(ItemId parent, bool isDir) {
 
 std::vector<ItemId>::const_iterator ItemTree::position(const std::vector<ItemId>& list,
                                                        int pair) const {
+    // A tree is filled in the order of its numbers.
+    if (list.empty() || m_items[list.back()].pair < pair) {
+        return list.end();
+    }
     return std::lower_bound(list.begin(), list.end(), pair,
                             [this](ItemId id, int wanted) { return m_items[id].pair < wanted; });
 }
@@ -63,7 +69,7 @@ ItemId ItemTree::childOf(ItemId parent, bool isDir, int pair) const {
     return at != list.end() && m_items[*at].pair == pair ? *at : kRoot;
 }
 
-ItemId ItemTree::insert(ItemId parent, bool isDir, int pair, const QString& title) {
+ItemId ItemTree::insert(ItemId parent, bool isDir, int pair, std::string_view title) {
     ItemId id = static_cast<ItemId>(m_items.size());
     if (m_freeItems.empty()) {
         m_items.emplace_back();
@@ -79,7 +85,8 @@ ItemId ItemTree::insert(ItemId parent, bool isDir, int pair, const QString& titl
         branch = m_freeBranches.back();
         m_freeBranches.pop_back();
     }
-    m_items[id] = {title, parent, branch, static_cast<std::uint8_t>(pair)};
+    m_items[id] = {0, 0, parent, branch, static_cast<std::uint8_t>(pair)};
+    putTitle(id, title);
     std::vector<ItemId>& list = siblings(parent, isDir);
     list.insert(position(list, pair), id);
     return id;
@@ -96,20 +103,58 @@ ItemId ItemTree::add(QStringView number, bool isDir, const QString& title) {
         const ItemId next = childOf(parent, true, pair);
         parent = next != kRoot ? next : insert(parent, true, pair, {});
     }
-    return addOrRename(parent, isDir, pairAt(number, last), title);
+    return addOrRename(parent, isDir, pairAt(number, last), title.toStdString());
 }
 
-ItemId ItemTree::addEntry(ItemId directory, QStringView pair, const QString& title) {
-    const int number = pair.size() == kPairLength ? pairAt(pair, 0) : 0;
+ItemId ItemTree::addEntry(ItemId directory, std::string_view pair, std::string_view title) {
+    std::array<char16_t, 2> digits{};
+    int number = 0;
+    if (pair.size() == digits.size()) {
+        std::copy(pair.begin(), pair.end(), digits.begin());
+        number = pairAt({digits.data(), kPairLength}, 0);
+    }
     return number == 0 ? kRoot : addOrRename(directory, false, number, title);
 }
 
-ItemId ItemTree::addOrRename(ItemId parent, bool isDir, int pair, const QString& title) {
+ItemId ItemTree::addOrRename(ItemId parent, bool isDir, int pair, std::string_view title) {
     if (const ItemId known = childOf(parent, isDir, pair); known != kRoot) {
-        setTitle(known, title);
+        putTitle(known, title);
         return known;
     }
     return insert(parent, isDir, pair, title);
+}
+
+QString ItemTree::title(ItemId id) const {
+    const std::string_view bytes = utf8Title(id);
+    return QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
+}
+
+void ItemTree::putTitle(ItemId id, std::string_view title) {
+    Item& item = m_items[id];
+    if (title.size() > item.titleSize) {
+        m_lostBytes += item.titleSize;
+        item.titleAt = static_cast<std::uint32_t>(m_titles.size());
+        m_titles.append(title);
+    } else {
+        m_lostBytes += item.titleSize - title.size();
+        std::copy(title.begin(), title.end(), m_titles.begin() + item.titleAt);
+    }
+    item.titleSize = static_cast<std::uint32_t>(title.size());
+    if (m_lostBytes > kMostLostBytes && m_lostBytes > m_titles.size() / 2) {
+        closeGaps();
+    }
+}
+
+void ItemTree::closeGaps() {
+    std::string titles;
+    titles.reserve(m_titles.size() - m_lostBytes);
+    for (Item& item : m_items) {
+        const auto at = static_cast<std::uint32_t>(titles.size());
+        titles.append(m_titles, item.titleAt, item.titleSize);
+        item.titleAt = at;
+    }
+    m_titles = std::move(titles);
+    m_lostBytes = 0;
 }
 
 void ItemTree::detach(ItemId id) {
@@ -129,6 +174,7 @@ void ItemTree::release(ItemId id) {
         }
         m_freeBranches.push_back(branch);
     }
+    m_lostBytes += m_items[id].titleSize;
     m_items[id] = {};
     m_freeItems.push_back(id);
 }

@@ -7,6 +7,8 @@
 #include <QStringView>
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace keeper {
@@ -16,7 +18,8 @@ using ItemId = std::uint32_t;
 
 /// Directories and entries by number, compact enough for hundreds of thousands. A node keeps its
 /// own digit pair only: its number is the way down from the root, so a directory that moves takes
-/// its whole subtree along. Children stand in the order of numbers, directories before entries.
+/// its whole subtree along. Titles lie in UTF-8 one behind the other: a block for each would cost
+/// more than all the rest. Children stand in the order of numbers, directories before entries.
 class ItemTree {
   public:
     /// Also the answer "no such item".
@@ -30,10 +33,10 @@ class ItemTree {
     /// on the way are made, without a title, so that no item is ever out of reach. kRoot for a
     /// malformed number.
     ItemId add(QStringView number, bool isDir, const QString& title);
-    /// The same for an entry of which the directory is known: a quicker way to fill a whole tree.
-    /// kRoot for a malformed pair. REQUIRES: `directory` is a directory.
-    ItemId addEntry(ItemId directory, QStringView pair, const QString& title);
-    void setTitle(ItemId id, const QString& title) { m_items[id].title = title; }
+    /// The same for an entry of which the directory is known, in UTF-8: a quicker way to fill a
+    /// whole tree. kRoot for a malformed pair. REQUIRES: `directory` is a directory.
+    ItemId addEntry(ItemId directory, std::string_view pair, std::string_view title);
+    void setTitle(ItemId id, const QString& title) { putTitle(id, title.toStdString()); }
     /// Takes the item and all below it out.
     void remove(ItemId id);
     /// Gives an item a new place. REQUIRES: `parent` is a directory outside the item, and has no
@@ -45,7 +48,11 @@ class ItemTree {
     [[nodiscard]] ItemId findKey(QStringView key) const;
 
     [[nodiscard]] bool isDirectory(ItemId id) const { return m_items[id].branch != kLeaf; }
-    [[nodiscard]] const QString& title(ItemId id) const { return m_items[id].title; }
+    [[nodiscard]] QString title(ItemId id) const;
+    /// Good until the tree changes.
+    [[nodiscard]] std::string_view utf8Title(ItemId id) const {
+        return std::string_view(m_titles).substr(m_items[id].titleAt, m_items[id].titleSize);
+    }
     [[nodiscard]] ItemId parent(ItemId id) const { return m_items[id].parent; }
     [[nodiscard]] int pair(ItemId id) const { return m_items[id].pair; }
     [[nodiscard]] QString number(ItemId id) const;
@@ -67,7 +74,9 @@ class ItemTree {
     static constexpr std::uint32_t kLeaf = 0xFFFF'FFFF;
 
     struct Item {
-        QString title;
+        /// Where its title lies, and how many bytes.
+        std::uint32_t titleAt = 0;
+        std::uint32_t titleSize = 0;
         ItemId parent = kRoot;
         /// Index of its children; kLeaf for an entry.
         std::uint32_t branch = kLeaf;
@@ -83,12 +92,17 @@ class ItemTree {
     [[nodiscard]] std::vector<ItemId>::const_iterator position(const std::vector<ItemId>& list,
                                                                int pair) const;
     [[nodiscard]] ItemId childOf(ItemId parent, bool isDir, int pair) const;
-    ItemId insert(ItemId parent, bool isDir, int pair, const QString& title);
-    ItemId addOrRename(ItemId parent, bool isDir, int pair, const QString& title);
+    ItemId insert(ItemId parent, bool isDir, int pair, std::string_view title);
+    ItemId addOrRename(ItemId parent, bool isDir, int pair, std::string_view title);
+    void putTitle(ItemId id, std::string_view title);
+    void closeGaps();
     void detach(ItemId id);
     void release(ItemId id);
 
     std::vector<Item> m_items;
+    std::string m_titles;
+    /// Bytes of m_titles that belong to no item any more.
+    std::size_t m_lostBytes = 0;
     std::vector<Branch> m_branches;
     std::vector<ItemId> m_freeItems;
     std::vector<std::uint32_t> m_freeBranches;

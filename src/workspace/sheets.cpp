@@ -5,6 +5,7 @@
 
 #include <QScopedValueRollback>
 #include <algorithm>
+#include <string>
 
 #include "store/failure.h"
 #include "store/numbering.h"
@@ -60,22 +61,22 @@ void Sheets::fillTree() {
     for (const Directory& directory : directories) {
         tree.add(directory.p_dirPath(), true, directory.m_Title);
     }
-    QString path;
+    std::string path;
     ItemId directory = ItemTree::kRoot;
-    services.entries.Display([&](const Entry& entry) {
+    services.entries.Display([&](const EntryLine& line) {
         // They come in the order of their directories.
-        if (entry.m_dirPath != path) {
-            path = entry.m_dirPath;
-            directory = tree.find(path, true);
+        if (line.dirPath != path) {
+            path = line.dirPath;
+            directory = tree.find(EntryLine::text(path), true);
         }
         const ItemId id = directory == ItemTree::kRoot
-                              ? tree.add(entry.p_No(), false, entry.m_Title)
-                              : tree.addEntry(directory, entry.m_entNo, entry.m_Title);
+                              ? tree.add(line.number(), false, EntryLine::text(line.title))
+                              : tree.addEntry(directory, line.entNo, line.title);
         if (id == ItemTree::kRoot) {
             return;
         }
         all.push_back(id);
-        if (entry.m_Bookmark) {
+        if (line.isMarked) {
             marked.push_back(id);
         }
     });

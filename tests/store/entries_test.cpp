@@ -169,7 +169,7 @@ TEST_F(EntriesTest, ListsForTreeAndRecentUpdatesHaveAnOrder) {
     m_clock.advanceSeconds(1);
     ASSERT_TRUE(m_entries.Modify(u"010507"_s, webAt(u"010507"_s)));
     QStringList numbers;
-    EXPECT_EQ(m_entries.Display([&](const Entry& entry) { numbers << entry.p_No(); }), 4);
+    EXPECT_EQ(m_entries.Display([&](const EntryLine& line) { numbers << line.number(); }), 4);
     EXPECT_EQ(numbers, QStringList({u"010502"_s, u"010507"_s, u"01050102"_s, u"030101"_s}));
     QStringList lines;
     EXPECT_EQ(m_entries.GetRecentUpdates(lines, 3), 3);

@@ -213,7 +213,7 @@ TEST_F(StoreCostTest, BulkReadsGrowInProportion) {
     QStringList names;
     int total = 0;
     const std::vector<std::function<void()>> operations{
-        [&] { entries = m_entries.Display([](const Entry&) {}); },
+        [&] { entries = m_entries.Display([](const EntryLine&) {}); },
         [&] { m_directories.Display(directories); },
         [&] { m_sysLogs.Display(lines, {}, {}, u"0"_s, total); },
         [&] { m_assPwds.DisplayAll(totals); },
