@@ -13,7 +13,7 @@ namespace keeper {
 
 Hardening hardenProcess() {
     Hardening result;
-#ifndef NDEBUG
+#ifdef KEEPER_DEBUGGABLE
     if (std::getenv("KEEPER_DEBUGGABLE") != nullptr) {
         return result;
     }

@@ -16,8 +16,9 @@ struct Hardening {
     bool isLocked = false;
 };
 
-/// To be called first in main(). What is refused is reported and changes nothing else. A debug
-/// build stays open to debuggers when KEEPER_DEBUGGABLE is set in the environment.
+/// To be called first in main(). What is refused is reported and changes nothing else. A
+/// build with the option KEEPER_DEBUGGABLE, as the tests use, stays open to debuggers when the
+/// environment has a variable of that name.
 Hardening hardenProcess();
 
 /// Opens a hardened process to a portal's first look.
