@@ -191,10 +191,14 @@ void frmLogin::connectControls() {
     });
     connect(lblPath, &QToolButton::clicked, this, [this] { m_login.openPath(); });
     connect(lblOK, &QPushButton::clicked, this, [this] {
-        if (m_login.state().hasUser) {
-            m_login.OnLoginClicked();
-        } else {
+        if (!m_login.state().hasUser) {
             m_login.cmdNewBuild();
+            return;
+        }
+        m_login.OnLoginClicked();
+        // Whatever was refused, the next thing to do is to type.
+        if (!m_login.isClosed()) {
+            txtLgnKey->edit()->setFocus();
         }
     });
     connect(cmdNewBuild, &QPushButton::clicked, this, [this] { m_login.cmdNewBuild(); });
