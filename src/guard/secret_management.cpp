@@ -140,6 +140,9 @@ bool SecretManagement::cmdOK() {
     const std::int16_t idpPwdLeft = settings.p_idpPwdChances1();
     store(m_values);
     if (m_ports.system.WriteDB(/*isNew=*/false)) {
+        // The login form counts by the user's record, also when this session ends in a crash.
+        m_ports.system.RefreshMyUser();
+        m_ports.system.WriteUser();
         return true;
     }
     store(before);

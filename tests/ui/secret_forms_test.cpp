@@ -69,8 +69,10 @@ TEST_F(SecretFormsTest, NumbersOutsideTheRangeAreToldOnceAndNeverStored) {
     EXPECT_TRUE(form.isVisible());
     QTest::keyClick(chances, Qt::Key_Up);
     EXPECT_EQ(chances->text(), u"6"_s);
+    QTest::keyClick(the<NumberBox>(form, "txtLgnKeyChances0"), Qt::Key_Down);
     QTest::keyClick(chances, Qt::Key_Return);
     EXPECT_FALSE(form.isVisible());
+    EXPECT_EQ(stored()->p_lgnKeyChances0(), 9) << "the login form counts by it";
     EXPECT_EQ(program->system.settings().p_idpPwdChances0(), 6);
     EXPECT_EQ(program->system.settings().p_lgnKeyModifyDays(), 300);
 }
