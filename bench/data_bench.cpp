@@ -278,6 +278,15 @@ void AddCommitted(benchmark::State& state) {
     }
 }
 
+void fill(PlainSqlite::Query& query, const QStringList& values) {
+    query.reset();
+    for (int i = 0; i < values.size(); ++i) {
+        query.bind(i + 1, values.at(i).toStdString());
+    }
+    query.step();
+    query.reset();
+}
+
 /// The same two rows in one transaction.
 void AddPlain(benchmark::State& state) {
     World& world = World::of(static_cast<int>(state.range(0)));
@@ -285,14 +294,6 @@ void AddPlain(benchmark::State& state) {
                              "insert into tb_Entry values(?,?,?,?,?,?,0,1,0,?,?,?,0)");
     PlainSqlite::Query net(*world.plain, "insert into tb_Net values(?,?,?,?,?)");
     PlainSqlite::Query remove(*world.plain, "delete from tb_Entry where dirPath=? and entNo='99'");
-    const auto fill = [](PlainSqlite::Query& query, const QStringList& values) {
-        query.reset();
-        for (int i = 0; i < values.size(); ++i) {
-            query.bind(i + 1, values.at(i).toStdString());
-        }
-        query.step();
-        query.reset();
-    };
     int place = 81;
     for (auto _ : state) {
         const Web web = webAt(0);
@@ -322,21 +323,23 @@ void ModifyCommitted(benchmark::State& state) {
     }
 }
 
+/// The same two rows with all their columns in one transaction.
 void ModifyPlain(benchmark::State& state) {
     World& world = World::of(static_cast<int>(state.range(0)));
-    PlainSqlite::Query query(*world.plain,
-                             "update tb_Entry set Title=?, Remarks=?, recentUpdate=?"
-                             " where dirPath=? and entNo=?");
+    PlainSqlite::Query entry(*world.plain,
+                             "update tb_Entry set dirPath=?, entNo=?, Title=?, pwdName=?,"
+                             " customPwd=?, Remarks=?, recentUpdate=?, recentModPwd=?,"
+                             " modPwdDays=0 where dirPath=? and entNo=?");
+    PlainSqlite::Query net(*world.plain, "insert or replace into tb_Net values(?,?,?,?,?)");
     int step = 0;
     for (auto _ : state) {
         const Web web = webAt(scattered(++step, world.count));
-        query.reset();
-        query.bind(1, web.m_Title.toStdString());
-        query.bind(2, web.m_Remarks.toStdString());
-        query.bind(3, std::string("2026-05-20T12:00:00"));
-        query.bind(4, web.m_dirPath.toStdString());
-        query.bind(5, web.m_entNo.toStdString());
-        query.step();
+        world.plain->execute("begin immediate");
+        fill(entry, {web.m_dirPath, web.m_entNo, web.m_Title, web.m_pwdName, web.m_customPwd,
+                     QStringLiteral("改 %1").arg(step), QStringLiteral("2026-05-20T12:00:00"),
+                     QStringLiteral("2026-05-20T00:00:00"), web.m_dirPath, web.m_entNo});
+        fill(net, {web.m_dirPath, web.m_entNo, web.m_numName, web.m_customNum, web.m_Address});
+        world.plain->execute("commit");
     }
 }
 
