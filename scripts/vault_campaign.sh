@@ -7,7 +7,8 @@
 #                                                       call, and kills at MOMENTS random moments
 #                                                       of sealing, re-keying, compaction; and a
 #                                                       kill and a failing disk at every call of
-#                                                       a change of the key
+#                                                       a change of the key and of the making of a
+#                                                       new user
 #   scripts/vault_campaign.sh damage [COUNT [SEED]]     every truncation, COUNT random corruptions
 # Builds with the dev preset. TMPDIR chooses where the files lie.
 set -euo pipefail
@@ -24,13 +25,13 @@ case $what in
         filter='SealedDamageTest.*'
         ;;
     *)
-        sed -n '6,12s/^# \{0,2\}//p' "$0" >&2
+        sed -n '6,13s/^# \{0,2\}//p' "$0" >&2
         exit 2
         ;;
 esac
 [ -f build/dev/build.ninja ] || cmake --preset dev >/dev/null
 cmake --build --preset dev --target store_vault_test guard_session_test
 if [ "$what" = crash ]; then
-    build/dev/bin/guard_session_test --gtest_filter='KeyChangeTest.Killed*:KeyChangeTest.AFailing*'
+    build/dev/bin/guard_session_test --gtest_filter='*Test.KilledAnywhere*:KeyChangeTest.AFailing*:NewUserTest.*'
 fi
 exec build/dev/bin/store_vault_test --gtest_filter="$filter"

@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <utility>
 
@@ -23,8 +24,7 @@
 namespace keeper {
 namespace {
 
-/// Holds the lock of the whole process from the first read on and lets a second connection of the
-/// same process in, which is what the proof of a new password needs.
+/// Holds the lock of the whole process from the first read on.
 constexpr char kVfs[] = "unix-excl";
 
 [[noreturn]] void fail(sqlite3* handle, int result, const char* call) {
@@ -273,31 +273,22 @@ void Database::close() {
     m_path.clear();
 }
 
-void Database::rekey(const QString& oldPassword, const QString& newPassword) {
-    refuseUnfitPassword(newPassword);
-    // Steps out of the in-process lock so that the proof can read beside this connection; the lock
-    // against other programs stays with the process.
-    const auto openSecond = [this](const QString& password) {
-        run(m_handle, "PRAGMA locking_mode=NORMAL;");
-        static_cast<void>(number(m_handle, "SELECT count(*) FROM sqlite_master"));
-        return connect(m_path, password, /*isNew=*/false);
-    };
-    const auto takeOver = [this](sqlite3* second) {
-        dropStatements();
-        check(m_handle, sqlite3_close(m_handle), "sqlite3_close");
-        m_handle = second;
-    };
-    // The engine answers success for a wrong current password, too, and does nothing.
-    static_cast<void>(number(m_handle, "SELECT count(*) FROM sqlite_master"));
-    const Secret key(newPassword);
-    const int result = sqlite3_rekey(m_handle, key.data(), key.size());
-    try {
-        check(m_handle, result, "sqlite3_rekey");
-        takeOver(openSecond(newPassword));
-    } catch (...) {
-        takeOver(openSecond(oldPassword));
-        throw;
+void Database::rekey(const QString& oldPassword, const QString& newPassword,
+                     const QString& beside) {
+    // The engine's own change of the password is of no use: one that fails half-way leaves a
+    // connection that writes its pages under the new password among those under the old one.
+    const QString path = m_path;
+    exportTo(beside, newPassword);
+    close();
+    if (std::rename(QFile::encodeName(beside).constData(), QFile::encodeName(path).constData()) !=
+        0) {
+        const int error = errno;
+        QFile::remove(beside);
+        open(path, oldPassword);
+        throw DatabaseError(SQLITE_IOERR, QStringLiteral("rename: ") +
+                                              QString::fromLocal8Bit(std::strerror(error)));
     }
+    open(path, newPassword);
 }
 
 void Database::exportTo(const QString& target, const QString& password) {

@@ -82,10 +82,10 @@ class Database {
     [[nodiscard]] bool isOpen() const { return m_handle != nullptr; }
     [[nodiscard]] const QString& path() const { return m_path; }
 
-    /// Changes the password in place, in one transaction of the engine, and proves it by opening
-    /// the file again; the lock is held throughout. On failure the old password stands and the
-    /// database is open under it. REQUIRES: no transaction, no statement.
-    void rekey(const QString& oldPassword, const QString& newPassword);
+    /// Changes the password: a proven copy, made at `beside` on the same file system, takes the
+    /// place of the file. On failure the old password stands, and the database is open under it
+    /// unless the disk cannot even read. REQUIRES: no transaction, no statement, `beside` absent.
+    void rekey(const QString& oldPassword, const QString& newPassword, const QString& beside);
     /// Writes a compacted copy of the open database to the absent `target` (mode 0600) under
     /// `password`, compares it with this one and flushes it to disk. A failure leaves no target.
     void exportTo(const QString& target, const QString& password);

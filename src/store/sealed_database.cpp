@@ -164,7 +164,7 @@ bool SealedDatabase::setAccessDBSec(
 bool SealedDatabase::InitLgnKey(const QString& key) {
     return setAccessDBSec(false, key, true,
                           [this](const QString& oldPassword, const QString& newPassword) {
-                              m_database.rekey(oldPassword, newPassword);
+                              rekeyFile(oldPassword, newPassword);
                           });
 }
 
@@ -179,15 +179,20 @@ bool SealedDatabase::SetLgnKey(bool scheme, const QString& key) {
                           });
 }
 
+void SealedDatabase::rekeyFile(const QString& oldPassword, const QString& newPassword) {
+    m_database.rekey(oldPassword, newPassword, m_tmpFile + kCompactingSuffix);
+    flushFolderOf(m_tmpFile);
+}
+
 /// For a working copy that no record names yet: a crash leaves nothing that anybody looks for.
 void SealedDatabase::rekeyInPlace(const QString& oldPassword, const QString& newPassword,
                                   const QString& key) {
-    m_database.rekey(oldPassword, newPassword);
+    rekeyFile(oldPassword, newPassword);
     try {
         m_keys.p_plainLgnKey(key);
     } catch (...) {
         // A session under a key that its database does not have would lock its user out.
-        m_database.rekey(newPassword, oldPassword);
+        rekeyFile(newPassword, oldPassword);
         throw;
     }
 }

@@ -108,6 +108,7 @@ class SealedDatabase {
     /// Runs `change` with the old and the new password; a failure is shown.
     bool setAccessDBSec(bool scheme, const QString& newKey, bool initial,
                         const std::function<void(const QString&, const QString&)>& change);
+    void rekeyFile(const QString& oldPassword, const QString& newPassword);
     void rekeyInPlace(const QString& oldPassword, const QString& newPassword, const QString& key);
     void moveToNewKey(const QString& oldPassword, const QString& newPassword, const QString& key);
     void removeRelatives();

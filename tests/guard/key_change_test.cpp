@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: Morvane Keeper contributors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-// A change of the login key that a crash cuts short. A plain run takes a sample of the system
-// calls; scripts/vault_campaign.sh takes every one.
+// A change of the login key, and the making of a new user, that a crash or a failing disk cuts
+// short. A plain run takes a sample of the system calls; scripts/vault_campaign.sh takes every one.
 
 #include <QDirIterator>
 #include <map>
@@ -192,6 +192,97 @@ TEST_F(KeyChangeTest, ARecordThatCannotBeWrittenLeavesTheOldKey) {
     restart();
     EXPECT_TRUE(program->enter(key));
 }
+
+/// A home without a user.
+class NewUserTest : public SessionTest {
+  protected:
+    void SetUp() override {}
+    void empty() {
+        program.reset();
+        QDir(home.path(QStringLiteral("home"))).removeRecursively();
+        QDir().mkpath(home.path(QStringLiteral("home")));
+    }
+    [[nodiscard]] QStringList filesOf(const QString& pattern) const {
+        QStringList found;
+        QDirIterator walk(home.path(), {pattern}, QDir::Files | QDir::Hidden,
+                          QDirIterator::Subdirectories);
+        while (walk.hasNext()) {
+            found << walk.next();
+        }
+        return found;
+    }
+    /// A user that is recorded enters; one that is not leaves nothing that the next one meets.
+    void expectWholeOrNothing(const QString& at) {
+        restart();
+        const bool isStored = stored() != nullptr;
+        m_stored += isStored ? 1 : 0;
+        if (isStored && !program->users.Exists(name)) {
+            // The list of names is written by itself; opening the file in the login form adds it.
+            program->users.AddUserAsDefault(name);
+            restart();
+        }
+        if (isStored) {
+            EXPECT_TRUE(program->enter(key)) << at.toStdString() << lastText().toStdString();
+            EXPECT_GE(program->logged(3) + program->logged(6), 1) << at.toStdString();
+        } else {
+            EXPECT_TRUE(program->build(QStringLiteral("另一人"), key)) << at.toStdString();
+            EXPECT_EQ(filesOf(QStringLiteral("*.tmp")).size(), 1) << at.toStdString();
+        }
+        EXPECT_TRUE(program->leave()) << at.toStdString();
+        restart();
+        EXPECT_EQ(filesOf(QStringLiteral("*.tmp*")), QStringList()) << at.toStdString();
+        prompt.takeTexts();
+    }
+
+    int m_stored = 0;
+};
+
+TEST_F(NewUserTest, KilledAnywhereAUserIsWholeOrUnknown) {
+    const int step = campaignSetting("KEEPER_CRASH_STEP", 61);
+    int call = 1;
+    for (bool killed = true; killed && !HasFailure(); call += step) {
+        empty();
+        killed = killedAtSystemCall(
+            call,
+            [this] {
+                if (!program->build(name, key)) {
+                    ::_exit(1);
+                }
+            },
+            [this] { restart(); });
+        expectWholeOrNothing(QStringLiteral("call %1").arg(call));
+    }
+    EXPECT_GT(m_stored, 0);
+    EXPECT_GT(call, 3 * step);
+    RecordProperty("calls", call);
+}
+
+#if defined(__x86_64__)
+
+TEST_F(NewUserTest, AFailingDiskLeavesAUserWholeOrUnknown) {
+    const int step = campaignSetting("KEEPER_CRASH_STEP", 17);
+    int refused = 0;
+    for (int call = 1; !HasFailure(); call += step) {
+        empty();
+        const int answer = answerWhenCallFails(
+            call, ENOSPC, [this] { return program->build(name, key) && program->leave(); },
+            [this] { restart(); });
+        if (answer == -1) {
+            break;
+        }
+        refused += answer == 0 ? 1 : 0;
+        const QString at = QStringLiteral("call %1").arg(call);
+        if (answer == 0) {
+            EXPECT_EQ(filesOf(QStringLiteral("*.kvdb")), QStringList()) << at.toStdString();
+        }
+        const int before = m_stored;
+        expectWholeOrNothing(at);
+        EXPECT_EQ(m_stored - before, answer) << at.toStdString();
+    }
+    EXPECT_GT(refused, 0);
+}
+
+#endif
 
 }  // namespace
 }  // namespace keeper

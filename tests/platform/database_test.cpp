@@ -148,18 +148,19 @@ TEST_F(DatabaseTest, ExcludesASecondProgramFromTheFirstMoment) {
     Database database(kFast);
     database.open(m_path, kPassword);
     EXPECT_EQ(openInChild(), SQLITE_BUSY);
-    database.rekey(kPassword, QStringLiteral("another"));
-    EXPECT_EQ(openInChild(), SQLITE_BUSY) << "the lock must survive the change of the password";
-    database.rekey(QStringLiteral("another"), kPassword);
+    database.rekey(kPassword, QStringLiteral("another"), m_path + u'+');
+    EXPECT_EQ(openInChild(), SQLITE_BUSY) << "the lock must come back with the new password";
+    database.rekey(QStringLiteral("another"), kPassword, m_path + u'+');
     database.close();
     EXPECT_EQ(openInChild(), SQLITE_OK);
 }
 
-TEST_F(DatabaseTest, ChangesThePasswordInPlace) {
+TEST_F(DatabaseTest, ChangesThePassword) {
     Database database(kFast);
     database.open(m_path, kPassword);
-    EXPECT_NE(failureOf([&] { database.rekey(kPassword, QString()); }), SQLITE_OK);
-    database.rekey(kPassword, QStringLiteral("neu 新"));
+    EXPECT_NE(failureOf([&] { database.rekey(kPassword, QString(), m_path + u'+'); }), SQLITE_OK);
+    EXPECT_NE(failureOf([&] { database.rekey(kPassword, kPassword, m_path); }), SQLITE_OK);
+    database.rekey(kPassword, QStringLiteral("neu 新"), m_path + u'+');
     Statement(database, "INSERT INTO t VALUES(1,'after')").run();
     database.close();
     EXPECT_EQ(failureOf([&] { database.open(m_path, kPassword); }), SQLITE_NOTADB);
@@ -213,7 +214,7 @@ TEST_F(DatabaseTest, NothingRunsOnAClosedDatabase) {
     Database closed(kFast);
     EXPECT_EQ(failureOf([&] { const Transaction transaction(closed); }), SQLITE_MISUSE);
     EXPECT_EQ(failureOf([&] { closed.execute("SELECT 1"); }), SQLITE_MISUSE);
-    EXPECT_EQ(failureOf([&] { closed.rekey(kPassword, kPassword); }), SQLITE_MISUSE);
+    EXPECT_EQ(failureOf([&] { closed.rekey(kPassword, kPassword, m_path + u'+'); }), SQLITE_MISUSE);
     EXPECT_EQ(closed.changes(), 0);
 }
 

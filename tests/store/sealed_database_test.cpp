@@ -69,7 +69,8 @@ TEST_F(SealedDatabaseTest, TheEarlierSchemeIsReadAndMovedToTheCurrentOne) {
         VaultSession old(m_folder.path());
         ASSERT_TRUE(old.open());
         old.database.rekey(SealedDatabase::GetAccessDBSec(false, old.keys.plain),
-                           SealedDatabase::GetAccessDBSec(true, key));
+                           SealedDatabase::GetAccessDBSec(true, key),
+                           m_folder.filePath(QStringLiteral("moving")));
         old.keys.plain = key;
         ASSERT_TRUE(old.seal(/*scheme=*/true));
     }

@@ -71,8 +71,10 @@ class VaultCrashTest : public testing::Test {
             }
         }
         putContent(sealed(), m_oldSealed);
-        putContent(left(), m_working);
-        remember(left());
+        if (!m_working.isEmpty()) {
+            putContent(left(), m_working);
+        }
+        remember(m_working.isEmpty() ? QString() : left());
         m_shared->hasNewKey = false;
         m_shared->acknowledged = 2;
     }
@@ -134,33 +136,52 @@ class VaultCrashTest : public testing::Test {
         EXPECT_EQ(session.filesIn(m_folder.filePath(QStringLiteral("private"))).size(), 1);
     }
 
-    void killAtEachCall(const std::function<bool(VaultSession&)>& operation) {
+    /// Kills `work` at one system call after another until it ends by itself.
+    void killAtEachCall(const std::function<bool()>& work, const std::function<void(int)>& check) {
         const int step = campaignSetting("KEEPER_CRASH_STEP", 23);
         int call = 1;
-        for (bool killed = true; killed; call += step) {
+        for (bool killed = true; killed && !HasFailure(); call += step) {
             restore();
             killed = killedAtSystemCall(call, [&] {
-                VaultSession session(m_folder.path());
-                if (!resume(session)) {
-                    ::_exit(1);
-                }
-                session.addRow(3);
-                m_shared->acknowledged = 3;
-                if (!operation(session)) {
+                if (!work()) {
                     ::_exit(1);
                 }
             });
-            const int rows = rowsFound();
-            EXPECT_GE(rows, m_shared->acknowledged) << "killed at call " << call;
-            EXPECT_LE(rows, 3);
+            check(call);
             expectNothingInClear();
-            expectLeftoversGo();
-            if (HasFailure()) {
-                return;
-            }
         }
         EXPECT_GT(call, 2 * step);
         RecordProperty("calls", call);
+    }
+    /// The same in a session that a record names, with one row more.
+    void killRecordedSession(const std::function<bool(VaultSession&)>& operation) {
+        killAtEachCall(
+            [&] {
+                VaultSession session(m_folder.path());
+                if (!resume(session)) {
+                    return false;
+                }
+                session.addRow(3);
+                m_shared->acknowledged = 3;
+                return operation(session);
+            },
+            [this](int call) {
+                const int rows = rowsFound();
+                EXPECT_GE(rows, m_shared->acknowledged) << "killed at call " << call;
+                EXPECT_LE(rows, 3);
+                expectLeftoversGo();
+            });
+    }
+    /// A sealed file of the older scheme, and nothing else.
+    void sealUnderOldScheme() {
+        VaultSession session(m_folder.path());
+        ASSERT_TRUE(session.open());
+        session.database.rekey(SealedDatabase::GetAccessDBSec(false, kOldKey),
+                               SealedDatabase::GetAccessDBSec(true, kOldKey),
+                               m_folder.filePath(QStringLiteral("moving")));
+        ASSERT_TRUE(session.seal(true));
+        m_oldSealed = contentOf(sealed());
+        m_working.clear();
     }
 
     QTemporaryDir m_folder;
@@ -170,15 +191,33 @@ class VaultCrashTest : public testing::Test {
 };
 
 TEST_F(VaultCrashTest, AKillDuringSealingLosesNothing) {
-    killAtEachCall([](VaultSession& session) { return session.seal(); });
+    killRecordedSession([](VaultSession& session) { return session.seal(); });
 }
 
 TEST_F(VaultCrashTest, AKillDuringRekeyingLosesNothing) {
-    killAtEachCall([](VaultSession& session) { return session.vault.SetLgnKey(false, kNewKey); });
+    killRecordedSession(
+        [](VaultSession& session) { return session.vault.SetLgnKey(false, kNewKey); });
 }
 
 TEST_F(VaultCrashTest, AKillDuringCompactionLosesNothing) {
-    killAtEachCall([](VaultSession& session) { return session.vault.CompactDB(false); });
+    killRecordedSession([](VaultSession& session) { return session.vault.CompactDB(false); });
+}
+
+TEST_F(VaultCrashTest, AKillDuringTheMoveToTheNewSchemeLeavesTheSealedFileGood) {
+    sealUnderOldScheme();
+    killAtEachCall(
+        [this] {
+            VaultSession session(m_folder.path());
+            return session.open(true) && session.vault.SetLgnKey(true, kOldKey);
+        },
+        [this](int call) {
+            EXPECT_EQ(contentOf(sealed()), m_oldSealed) << "killed at call " << call;
+            VaultSession session(m_folder.path());
+            EXPECT_TRUE(session.open(true) && session.rows() == 1) << call;
+            EXPECT_TRUE(session.vault.SetLgnKey(true, kOldKey) && session.seal() && session.open());
+            EXPECT_TRUE(session.seal());
+            EXPECT_EQ(session.filesIn(session.stateFolder), QStringList()) << call;
+        });
 }
 
 TEST_F(VaultCrashTest, AKillAtARandomMomentLosesNothing) {
@@ -241,6 +280,46 @@ TEST_F(VaultCrashTest, AFailingDiskLeavesTheOldSealedFileAsItWas) {
         }
         EXPECT_GT(refused, 0);
         EXPECT_LE(replaced, 1) << "only the flush of the folder comes after the replacement";
+    }
+}
+
+TEST_F(VaultCrashTest, AFailingDiskDuringTheMoveToTheNewSchemeLeavesOneOfTheTwo) {
+    sealUnderOldScheme();
+    const int step = campaignSetting("KEEPER_CRASH_STEP", 5);
+    for (const int error : {ENOSPC, EIO}) {
+        int refused = 0;
+        for (int call = 1; !HasFailure(); call += step) {
+            restore();
+            const int answer = answerWhenCallFails(call, error, [this] {
+                VaultSession session(m_folder.path());
+                if (!session.open(true)) {
+                    ::_exit(2);
+                }
+                const bool isMoved = session.vault.SetLgnKey(true, kOldKey);
+                try {
+                    session.addRow(2);
+                } catch (const DatabaseError&) {
+                    ::_exit(3);
+                }
+                return session.seal() ? isMoved : (::_exit(3), false);
+            });
+            if (answer == -1) {
+                break;
+            }
+            refused += answer == 0 ? 1 : 0;
+            const QString at = QStringLiteral("error %1 at call %2").arg(error).arg(call);
+            VaultSession session(m_folder.path());
+            bool isOpen = false;
+            for (const bool scheme : {false, true}) {
+                isOpen = isOpen || (session.vault.CryptKVDB(scheme, 0, true, {}) &&
+                                    (session.connectUnder(kOldKey, scheme) ||
+                                     session.connectUnder(kOldKey, !scheme)));
+            }
+            ASSERT_TRUE(isOpen) << at.toStdString();
+            EXPECT_EQ(session.database.checkIntegrity(), QString()) << at.toStdString();
+            EXPECT_GE(session.rows(), answer > 1 ? 1 : 2) << at.toStdString();
+        }
+        EXPECT_GT(refused, 0);
     }
 }
 
