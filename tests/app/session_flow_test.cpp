@@ -97,12 +97,6 @@ TEST_F(SessionFlowTest, AUserMadeAfterAFailedRecoveryIsNotRecordedAsRecovered) {
               QStringLiteral("login,connect,login,wizard,record 0,main"));
 }
 
-TEST_F(SessionFlowTest, ClosingTheLoginFormEndsTheProcess) {
-    script.logins = {LoginResult::End};
-    EXPECT_FALSE(run());
-    EXPECT_EQ(script.events.last(), QStringLiteral("login"));
-}
-
 TEST_F(SessionFlowTest, EachFailedCheckSaysWhyBehindAClosedSplash) {
     selfTest = QStringLiteral("AES");
     EXPECT_FALSE(run());

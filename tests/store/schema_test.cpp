@@ -86,21 +86,6 @@ TEST_F(SchemaTest, ASubtreeMovesWholeOrNotAtAll) {
     EXPECT_EQ(m_database.checkIntegrity(), QString());
 }
 
-TEST_F(SchemaTest, DeletesCascadeAndBoundNumbersStay) {
-    EXPECT_FALSE(accepts("DELETE FROM tb_AssNum WHERE Name='手机'"));
-    EXPECT_TRUE(accepts("UPDATE tb_AssNum SET Name='电话' WHERE Name='手机'"));
-    EXPECT_EQ(answer(QStringLiteral("SELECT numName FROM tb_Net")), QStringLiteral("电话"));
-    {
-        Transaction undone(m_database);
-        m_database.execute("DELETE FROM tb_AssPwd WHERE Name='邮箱'");
-        EXPECT_EQ(answer(QStringLiteral("SELECT count(*) FROM tb_Net")), QStringLiteral("0"));
-    }
-    EXPECT_TRUE(accepts("DELETE FROM tb_Directory WHERE dirPath='0105'"));
-    EXPECT_EQ(answer(QStringLiteral("SELECT count(*) FROM tb_Directory")), QStringLiteral("3"));
-    EXPECT_EQ(answer(QStringLiteral("SELECT count(*) FROM tb_Entry")), QStringLiteral("1"));
-    EXPECT_EQ(answer(QStringLiteral("SELECT count(*) FROM tb_EntLog")), QStringLiteral("1"));
-}
-
 TEST_F(SchemaTest, RefusesValuesOutsideTheirTypes) {
     const char* const kRefused[] = {
         "INSERT INTO tb_TypeByte VALUES(1,256)",
@@ -134,29 +119,6 @@ TEST_F(SchemaTest, RefusesValuesOutsideTheirTypes) {
     EXPECT_TRUE(
         accepts("INSERT INTO tb_TypeByte VALUES(1,255); INSERT INTO tb_TypeDate"
                 " VALUES(1,NULL),(2,'0100-01-01T00:00:00')"));
-}
-
-TEST_F(SchemaTest, LookUpsUseTheirKeys) {
-    const char* const kLookUps[] = {
-        "SELECT * FROM tb_Entry WHERE dirPath='1' AND entNo='2'",
-        "SELECT * FROM tb_Entry WHERE dirPath='1'",
-        "SELECT * FROM tb_Entry WHERE pwdName='1'",
-        "SELECT * FROM tb_Net WHERE numName='1'",
-        "SELECT * FROM tb_Directory WHERE parentDir='1'",
-        "SELECT * FROM tb_SysLog WHERE dateTime<'1'",
-        "SELECT * FROM tb_SysLog WHERE statusNo=13 ORDER BY dateTime DESC",
-        "SELECT * FROM tb_EntLog WHERE dirPath='1' AND entNo='2' ORDER BY dateTime DESC",
-        "SELECT * FROM tb_EntLog WHERE dateTime<'1'",
-        "SELECT dirPath,entNo,Title FROM tb_Entry ORDER BY recentUpdate DESC LIMIT 9",
-        "SELECT * FROM tb_Entry WHERE modPwdDays<>0 AND recentModPwd<'1'",
-    };
-    for (const char* sql : kLookUps) {
-        Statement plan(m_database, (QByteArray("EXPLAIN QUERY PLAN ") + sql).constData());
-        while (plan.step()) {
-            EXPECT_TRUE(plan.text(3).contains(QStringLiteral("USING"))) << sql;
-            EXPECT_FALSE(plan.text(3).contains(QStringLiteral("TEMP B-TREE"))) << sql;
-        }
-    }
 }
 
 }  // namespace
