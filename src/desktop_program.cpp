@@ -315,6 +315,8 @@ void DesktopProgram::Graph::buildMainWindow() {
     if (std::exchange(isMainWindowBuilt, true)) {
         return;
     }
+    // Drawn in four sizes, which the first windows do not wait for.
+    QApplication::setWindowIcon(programIcon());
     mainWindow.attach({{parts.workspace, parts.sheets, parts.directories, parts.drag},
                        parts.pane,
                        parts.disposal,

@@ -180,6 +180,7 @@ Database::~Database() {
 sqlite3* Database::connect(const QString& path, const QString& password, bool isNew,
                            std::unique_ptr<PageKey>* pageKey) const {
     refuseUnfitPassword(password);
+    startCipherLibrary();
     Connection connection;
     const QByteArray name = QFile::encodeName(path);
     check(nullptr,

@@ -102,6 +102,10 @@ bool haveSameRows(Database& left, Database& right, const char* sql) {
 
 }  // namespace
 
+void startCipherLibrary() {
+    OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);
+}
+
 PageKey::Salt saltOf(sqlite3* handle) {
     PageKey::Salt salt{};
     read(fileOf(handle), 0, salt.data(), static_cast<int>(salt.size()));

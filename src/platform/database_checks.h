@@ -8,6 +8,11 @@
 
 namespace keeper {
 
+/// To be called before anything starts the cipher library by itself: a configuration file, which
+/// the environment may name, must not load code into this process, and reading it would take longer
+/// than all the rest of the start. A second call does nothing.
+void startCipherLibrary();
+
 /// Heads the file behind a connection. Throws DatabaseError.
 [[nodiscard]] PageKey::Salt saltOf(sqlite3* handle);
 

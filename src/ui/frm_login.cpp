@@ -35,7 +35,6 @@ frmLogin::frmLogin(Login& login, const KeyboardState& keyboard, QWidget* parent)
     : QDialog(parent), m_login(login), m_keyboard(keyboard) {
     setObjectName(QStringLiteral("frmLogin"));
     setWindowTitle(QStringLiteral("登录 - %1").arg(programTitle()));
-    setWindowIcon(programIcon());
     build();
     connectControls();
     m_login.changed = [this] { updateState(); };
@@ -210,21 +209,32 @@ void frmLogin::connectControls() {
 void frmLogin::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
     tmrFlash->start();
+    // A window on a workspace out of sight is not painted.
+    constexpr std::chrono::milliseconds kPainted{150};
+    QTimer::singleShot(kPainted, this, &frmLogin::activate);
+}
+
+void frmLogin::paintEvent(QPaintEvent* event) {
+    QDialog::paintEvent(event);
+    QTimer::singleShot(0, this, &frmLogin::activate);
+}
+
+/// Behind the first paint: nobody shall wait for it, and an automatic login must not run inside the
+/// event that shows the form.
+void frmLogin::activate() {
     if (std::exchange(m_isActivated, true)) {
         return;
     }
-    // Behind the first paint: an automatic login must not run inside the event that shows the form.
-    QTimer::singleShot(0, this, [this] {
-        const Login::Focus focus = m_login.activate();
-        updateState();
-        if (focus == Login::Focus::RememberKey) {
-            chkRemLgnKey->setFocus();
-        } else if (m_login.state().hasUser) {
-            txtLgnKey->edit()->setFocus();
-        } else {
-            lblOK->setFocus();
-        }
-    });
+    setWindowIcon(programIcon());
+    const Login::Focus focus = m_login.activate();
+    updateState();
+    if (focus == Login::Focus::RememberKey) {
+        chkRemLgnKey->setFocus();
+    } else if (m_login.state().hasUser) {
+        txtLgnKey->edit()->setFocus();
+    } else {
+        lblOK->setFocus();
+    }
 }
 
 void frmLogin::changeEvent(QEvent* event) {

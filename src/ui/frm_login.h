@@ -33,10 +33,12 @@ class frmLogin final : public QDialog {
 
   protected:
     void showEvent(QShowEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
 
   private:
     void build();
+    void activate();
     QWidget* buildHead();
     QWidget* buildForm();
     QWidget* buildCommands();

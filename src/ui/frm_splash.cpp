@@ -26,7 +26,7 @@ frmSplash::frmSplash(QWidget* parent)
 
     auto* title = new QLabel(programTitle(), this);
     QFont large = title->font();
-    large.setPointSizeF(large.pointSizeF() * 2.0);
+    large.setPointSizeF(large.pointSizeF() * 1.6);
     large.setWeight(QFont::DemiBold);
     title->setFont(large);
 

@@ -21,11 +21,12 @@ using namespace Qt::Literals::StringLiterals;
 
 class SessionFormsTest : public SessionTest {
   protected:
-    void show(QWidget& shown) {
+    /// Up to the moment when the person can type.
+    void show(QWidget& shown, const char* first) {
         form = &shown;
         form->show();
         QApplication::setActiveWindow(form);
-        QApplication::processEvents();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return the<QWidget>(first)->hasFocus(); }));
     }
     template <typename Control>
     Control* the(const char* controlName) const {
@@ -46,11 +47,10 @@ TEST_F(SessionFormsTest, LoginByKeyboardComesBackToTheKeyUntilItIsRight) {
     leaveAndRestart();
     Login& login = program->login;
     frmLogin window(login, keyboard);
-    show(window);
+    show(window, "txtLgnKey");
     auto* box = the<QLineEdit>("txtLgnKey");
     const auto* chances = the<QLabel>("lblChances");
     EXPECT_EQ(the<QComboBox>("cboUsers")->currentText(), name);
-    EXPECT_TRUE(box->hasFocus());
     EXPECT_EQ(chances->text(), u"您有10次登录尝试机会"_s);
     click("lblOK");
     EXPECT_EQ(prompt.takeTexts(), QStringList(u"您忘记输入密钥了！"_s));
@@ -85,7 +85,7 @@ TEST_F(SessionFormsTest, LoginByKeyboardComesBackToTheKeyUntilItIsRight) {
 TEST_F(SessionFormsTest, LoginTellsABanAndEndsByEscape) {
     leaveAndRestart();
     frmLogin window(program->login, keyboard);
-    show(window);
+    show(window, "txtLgnKey");
     auto* box = the<QLineEdit>("txtLgnKey");
     for (int attempt = 0; attempt < 10; ++attempt) {
         prompt.answers = {Prompt::Answer::Yes};
@@ -108,10 +108,9 @@ TEST_F(SessionFormsTest, WizardGoesThroughItsPagesByKeyboardAndForgetsTheSecrets
     Wizard& wizard = program->wizard;
     wizard.load();
     frmWizard window(wizard, keyboard);
-    show(window);
+    show(window, "txtUserName");
     const auto next = [this] { QTest::keyClick(form, Qt::Key_Return); };
     auto* userName = the<QLineEdit>("txtUserName");
-    EXPECT_TRUE(userName->hasFocus());
     EXPECT_FALSE(the<QPushButton>("cmdBack")->isVisible());
     QTest::keyClicks(userName, u"Alice"_s);
     EXPECT_TRUE(the<QLineEdit>("txtPrivateFolder")->text().contains(u"Alice"_s));

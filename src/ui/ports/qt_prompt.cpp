@@ -130,6 +130,7 @@ Prompt::Answer QtPrompt::messageBox(const QString& text, Icon icon, Buttons butt
     }
     QMessageBox box(owner());
     box.setObjectName(QStringLiteral("messageBox"));
+    box.setWindowIcon(programIcon());
     box.setWindowTitle(title.isEmpty() ? programTitle() : title);
     box.setTextFormat(Qt::PlainText);
     box.setText(forDisplay(text));
@@ -161,6 +162,7 @@ std::optional<QString> QtPrompt::inputBox(const QString& prompt, const QString& 
                                           const QString& defaultText) {
     QDialog dialog(owner());
     dialog.setObjectName(QStringLiteral("inputBox"));
+    dialog.setWindowIcon(programIcon());
     dialog.setWindowTitle(title.isEmpty() ? programTitle() : title);
     auto* label = new QLabel(forDisplay(prompt), &dialog);
     label->setTextFormat(Qt::PlainText);

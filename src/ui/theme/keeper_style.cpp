@@ -12,6 +12,7 @@
 #include <array>
 
 #include "ui/theme/colors.h"
+#include "ui/theme/icons.h"
 
 namespace keeper {
 namespace {
@@ -351,6 +352,14 @@ QSize KeeperStyle::sizeFromContents(ContentsType type, const QStyleOption* optio
         default:
             return size;
     }
+}
+
+QIcon KeeperStyle::standardIcon(StandardPixmap standardIcon, const QStyleOption* option,
+                                const QWidget* widget) const {
+    // Our own sign; to look for one in the desktop's themes takes as long as a window.
+    return standardIcon == SP_LineEditClearButton
+               ? glyphIcon(Glyph::Close)
+               : QProxyStyle::standardIcon(standardIcon, option, widget);
 }
 
 }  // namespace keeper

@@ -32,6 +32,8 @@ class KeeperStyle final : public QProxyStyle {
     [[nodiscard]] QSize sizeFromContents(ContentsType type, const QStyleOption* option,
                                          const QSize& contents,
                                          const QWidget* widget) const override;
+    [[nodiscard]] QIcon standardIcon(StandardPixmap standardIcon, const QStyleOption* option,
+                                     const QWidget* widget) const override;
 };
 
 }  // namespace keeper

@@ -29,7 +29,7 @@ QFont programFont(QFont font) {
 
 }  // namespace
 
-Theme::Theme(QApplication& application, const Appearance& appearance)
+Theme::Theme(QApplication& /*application*/, const Appearance& appearance)
     : m_appearance(appearance),
       m_toolkitTexts(std::make_unique<QTranslator>()),
       m_isDesktopDark(isDarkPalette(QApplication::palette())) {
@@ -39,7 +39,6 @@ Theme::Theme(QApplication& application, const Appearance& appearance)
     }
     QApplication::setFont(programFont(QApplication::font()));
     QApplication::setStyle(new KeeperStyle);
-    application.setWindowIcon(programIcon());
     connect(&m_appearance, &Appearance::schemeChanged, this, &Theme::refresh);
     m_isDark = !m_isDesktopDark;  // so that the first refresh() sets the palette
     refresh();
