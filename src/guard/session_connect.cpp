@@ -347,7 +347,12 @@ void SessionConnect::RecordLogin(bool resumed) {
              m_ports.clock.now());
     m_ports.users.AddUserAsDefault(m_ports.system.p_userName());
     m_ports.system.RefreshMyUser();
-    m_ports.system.WriteUser();
+    if (!m_ports.system.WriteUser()) {
+        // After a crash nothing would lead to the working copy and to what is entered from now on.
+        report(QStringLiteral("用户记录无法写入。如果本次会话异常退出，其间的改动不能自动恢复；"
+                              "工作副本为：\r\n") +
+               m_ports.system.p_tmpFile());
+    }
     m_ports.database.KeepWorkingCopy();
 }
 
