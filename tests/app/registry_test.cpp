@@ -265,33 +265,32 @@ TEST_F(RegistryTest, KilledAtAnySystemCallItHoldsTheOldOrTheNewState) {
 TEST_F(RegistryTest, AFailingDiskLeavesTheOldStateInFileAndMemory) {
     const QString name = QStringLiteral("user");
     ASSERT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, usersKey));
-    for (const int error : {ENOSPC, EIO}) {
-        ASSERT_TRUE(regedit.setString(name, QStringLiteral("old")));
-        const QByteArray old = content(store.path());
-        int call = 1;
-        for (;; ++call) {
-            const int answer = answerWhenCallFails(call, error, [&] {
-                const bool good = regedit.setString(name, QStringLiteral("new"));
-                const QString shown = regedit.getString(name);
-                if (shown != (good ? QStringLiteral("new") : QStringLiteral("old"))) {
-                    ::_exit(2);
-                }
-                return good;
-            });
-            if (answer < 0) {
-                break;
-            }
-            EXPECT_EQ(answer, 0) << "call " << call;
-            // The last call makes the new name last; the file is whole on either side of it.
-            const auto found = store.read().value(usersKey, name);
-            EXPECT_TRUE(content(store.path()) == old ||
-                        found == RegistryValue(QStringLiteral("new")))
-                << call;
-            ASSERT_TRUE(regedit.setString(name, QStringLiteral("old"))) << "the disk works again";
-            EXPECT_EQ(content(store.path()), old);
-        }
-        EXPECT_GT(call, 3);
-    }
+    QByteArray old;
+    failEachCall({.errors = {ENOSPC, EIO},
+                  .before =
+                      [&] {
+                          ASSERT_TRUE(regedit.setString(name, QStringLiteral("old")));
+                          old = content(store.path());
+                      },
+                  .work =
+                      [&] {
+                          const bool good = regedit.setString(name, QStringLiteral("new"));
+                          const QString shown = regedit.getString(name);
+                          if (shown != (good ? QStringLiteral("new") : QStringLiteral("old"))) {
+                              ::_exit(2);
+                          }
+                          return good;
+                      },
+                  .check =
+                      [&](const std::string& at, int answer) {
+                          EXPECT_EQ(answer, 0) << at;
+                          // The last call makes the new name last; the file is whole on either
+                          // side of it.
+                          EXPECT_TRUE(content(store.path()) == old ||
+                                      store.read().value(usersKey, name) ==
+                                          RegistryValue(QStringLiteral("new")))
+                              << at;
+                      }});
 }
 
 }  // namespace

@@ -49,19 +49,19 @@ class KeyChangeTest : public SessionTest {
             .entryList({QStringLiteral("*.tmp")}, QDir::Files);
     }
     /// Whichever key the record knows: it is the only one, and it opens what the record names.
-    void expectOneGoodKey(int call) {
+    void expectOneGoodKey(const std::string& at) {
         restart();
         const auto user = stored();
-        ASSERT_TRUE(user) << call;
+        ASSERT_TRUE(user) << at;
         const bool isNew = user->CheckLgnKey(newKey);
-        EXPECT_NE(user->CheckLgnKey(key), isNew) << call;
-        EXPECT_EQ(user->p_plainLgnKey(), isNew ? newKey : key) << "remembered, at call " << call;
+        EXPECT_NE(user->CheckLgnKey(key), isNew) << at;
+        EXPECT_EQ(user->p_plainLgnKey(), isNew ? newKey : key) << "remembered, " << at;
         EXPECT_EQ(user->p_isKeyChangePending(), isNew);
         m_changes += isNew ? 1 : 0;
-        EXPECT_TRUE(program->enter(isNew ? newKey : key)) << call << lastText().toStdString();
-        EXPECT_TRUE(program->resumed) << call;
-        EXPECT_EQ(program->logged(6), 2) << call;
-        EXPECT_EQ(copies().size(), 1) << call;
+        EXPECT_TRUE(program->enter(isNew ? newKey : key)) << at << lastText().toStdString();
+        EXPECT_TRUE(program->resumed) << at;
+        EXPECT_EQ(program->logged(6), 2) << at;
+        EXPECT_EQ(copies().size(), 1) << at;
         prompt.takeTexts();
     }
     void crashBehindTheChange() {
@@ -97,7 +97,7 @@ TEST_F(KeyChangeTest, KilledAnywhereOneKeyOpensTheAccount) {
                     ::_exit(1);
                 }
             });
-        expectOneGoodKey(call);
+        expectOneGoodKey("call " + std::to_string(call));
     }
     EXPECT_GT(m_changes, 0);
     EXPECT_GT(call, 3 * step);
@@ -112,27 +112,21 @@ TEST_F(KeyChangeTest, KilledAnywhereOneKeyOpensTheAccount) {
 #if defined(__x86_64__)
 
 TEST_F(KeyChangeTest, AFailingDiskLeavesOneGoodKey) {
-    const int step = campaignSetting("KEEPER_CRASH_STEP", 11);
-    for (const int error : {ENOSPC, EIO}) {
-        int refused = 0;
-        for (int call = 1; !HasFailure(); call += step) {
-            restore();
-            const int answer = answerWhenCallFails(
-                call, error, [&] { return changeKey() && program->connection.isOpen(); },
-                [&] {
-                    restart();
-                    EXPECT_TRUE(program->enter(key));
-                });
-            if (answer == -1) {
-                break;
-            }
-            refused += answer == 0 ? 1 : 0;
-            const int changes = m_changes;
-            expectOneGoodKey(call);
-            EXPECT_EQ(m_changes - changes, answer) << "error " << error << " at call " << call;
-        }
-        EXPECT_GT(refused, 0);
-    }
+    failEachCall({.errors = {ENOSPC, EIO},
+                  .step = campaignSetting("KEEPER_CRASH_STEP", 11),
+                  .before = [this] { restore(); },
+                  .prepare =
+                      [this] {
+                          restart();
+                          EXPECT_TRUE(program->enter(key));
+                      },
+                  .work = [this] { return changeKey() && program->connection.isOpen(); },
+                  .check =
+                      [this](const std::string& at, int answer) {
+                          const int changes = m_changes;
+                          expectOneGoodKey(at);
+                          EXPECT_EQ(m_changes - changes, answer) << at;
+                      }});
 }
 
 #endif
@@ -215,7 +209,7 @@ class NewUserTest : public SessionTest {
         return found;
     }
     /// A user that is recorded enters; one that is not leaves nothing that the next one meets.
-    void expectWholeOrNothing(const QString& at) {
+    void expectWholeOrNothing(const std::string& at) {
         restart();
         const bool isStored = stored() != nullptr;
         m_stored += isStored ? 1 : 0;
@@ -225,15 +219,15 @@ class NewUserTest : public SessionTest {
             restart();
         }
         if (isStored) {
-            EXPECT_TRUE(program->enter(key)) << at.toStdString() << lastText().toStdString();
-            EXPECT_GE(program->logged(3) + program->logged(6), 1) << at.toStdString();
+            EXPECT_TRUE(program->enter(key)) << at << lastText().toStdString();
+            EXPECT_GE(program->logged(3) + program->logged(6), 1) << at;
         } else {
-            EXPECT_TRUE(program->build(QStringLiteral("另一人"), key)) << at.toStdString();
-            EXPECT_EQ(filesOf(QStringLiteral("*.tmp")).size(), 1) << at.toStdString();
+            EXPECT_TRUE(program->build(QStringLiteral("另一人"), key)) << at;
+            EXPECT_EQ(filesOf(QStringLiteral("*.tmp")).size(), 1) << at;
         }
-        EXPECT_TRUE(program->leave()) << at.toStdString();
+        EXPECT_TRUE(program->leave()) << at;
         restart();
-        EXPECT_EQ(filesOf(QStringLiteral("*.tmp*")), QStringList()) << at.toStdString();
+        EXPECT_EQ(filesOf(QStringLiteral("*.tmp*")), QStringList()) << at;
         prompt.takeTexts();
     }
 
@@ -253,7 +247,7 @@ TEST_F(NewUserTest, KilledAnywhereAUserIsWholeOrUnknown) {
                 }
             },
             [this] { restart(); });
-        expectWholeOrNothing(QStringLiteral("call %1").arg(call));
+        expectWholeOrNothing("call " + std::to_string(call));
     }
     EXPECT_GT(m_stored, 0);
     EXPECT_GT(call, 3 * step);
@@ -263,26 +257,20 @@ TEST_F(NewUserTest, KilledAnywhereAUserIsWholeOrUnknown) {
 #if defined(__x86_64__)
 
 TEST_F(NewUserTest, AFailingDiskLeavesAUserWholeOrUnknown) {
-    const int step = campaignSetting("KEEPER_CRASH_STEP", 17);
-    int refused = 0;
-    for (int call = 1; !HasFailure(); call += step) {
-        empty();
-        const int answer = answerWhenCallFails(
-            call, ENOSPC, [this] { return program->build(name, key) && program->leave(); },
-            [this] { restart(); });
-        if (answer == -1) {
-            break;
-        }
-        refused += answer == 0 ? 1 : 0;
-        const QString at = QStringLiteral("call %1").arg(call);
-        if (answer == 0) {
-            EXPECT_EQ(filesOf(QStringLiteral("*.kvdb")), QStringList()) << at.toStdString();
-        }
-        const int before = m_stored;
-        expectWholeOrNothing(at);
-        EXPECT_EQ(m_stored - before, answer) << at.toStdString();
-    }
-    EXPECT_GT(refused, 0);
+    failEachCall({.errors = {ENOSPC},
+                  .step = campaignSetting("KEEPER_CRASH_STEP", 17),
+                  .before = [this] { empty(); },
+                  .prepare = [this] { restart(); },
+                  .work = [this] { return program->build(name, key) && program->leave(); },
+                  .check =
+                      [this](const std::string& at, int answer) {
+                          if (answer == 0) {
+                              EXPECT_EQ(filesOf(QStringLiteral("*.kvdb")), QStringList()) << at;
+                          }
+                          const int before = m_stored;
+                          expectWholeOrNothing(at);
+                          EXPECT_EQ(m_stored - before, answer) << at;
+                      }});
 }
 
 #endif

@@ -253,75 +253,60 @@ TEST_F(VaultCrashTest, AKillAtARandomMomentLosesNothing) {
 #if defined(__x86_64__)
 
 TEST_F(VaultCrashTest, AFailingDiskLeavesTheOldSealedFileAsItWas) {
-    const int step = campaignSetting("KEEPER_CRASH_STEP", 23) > 1 ? 3 : 1;
-    for (const int error : {ENOSPC, EIO, EROFS, EDQUOT}) {
-        int refused = 0;
-        int replaced = 0;
-        for (int call = 1;; call += step) {
-            restore();
-            const int answer = answerWhenCallFails(call, error, [&] {
-                VaultSession session(m_folder.path());
-                return resume(session) && session.seal();
-            });
-            if (answer == -1) {
-                break;
-            }
-            const QString at = QStringLiteral("error %1 at call %2").arg(error).arg(call);
-            if (answer == 0) {
-                ++refused;
-                EXPECT_TRUE(QFileInfo::exists(left())) << at.toStdString();
-                replaced += contentOf(sealed()) == m_oldSealed ? 0 : 1;
-                VaultSession session(m_folder.path());
-                EXPECT_EQ(session.filesIn(m_folder.filePath(QStringLiteral("private"))).size(), 1);
-            }
-            EXPECT_EQ(rowsFound(), 2) << at.toStdString();
-            if (HasFailure()) {
-                return;
-            }
-        }
-        EXPECT_GT(refused, 0);
-        EXPECT_LE(replaced, 1) << "only the flush of the folder comes after the replacement";
-    }
+    int replaced = 0;
+    failEachCall({.errors = {ENOSPC, EIO, EROFS, EDQUOT},
+                  .step = campaignSetting("KEEPER_CRASH_STEP", 3),
+                  .before = [this] { restore(); },
+                  .work =
+                      [this] {
+                          VaultSession session(m_folder.path());
+                          return resume(session) && session.seal();
+                      },
+                  .check =
+                      [&](const std::string& at, int answer) {
+                          if (answer == 0) {
+                              EXPECT_TRUE(QFileInfo::exists(left())) << at;
+                              replaced += contentOf(sealed()) == m_oldSealed ? 0 : 1;
+                              VaultSession session(m_folder.path());
+                              EXPECT_EQ(session.filesIn(QFileInfo(sealed()).path()).size(), 1);
+                          }
+                          EXPECT_EQ(rowsFound(), 2) << at;
+                      }});
+    EXPECT_LE(replaced, 4) << "only the flush of the folder comes after the replacement";
 }
 
 TEST_F(VaultCrashTest, AFailingDiskDuringTheMoveToTheNewSchemeLeavesOneOfTheTwo) {
     sealUnderOldScheme();
-    const int step = campaignSetting("KEEPER_CRASH_STEP", 5);
-    for (const int error : {ENOSPC, EIO}) {
-        int refused = 0;
-        for (int call = 1; !HasFailure(); call += step) {
-            restore();
-            const int answer = answerWhenCallFails(call, error, [this] {
-                VaultSession session(m_folder.path());
-                if (!session.open(true)) {
-                    ::_exit(2);
-                }
-                const bool isMoved = session.vault.SetLgnKey(true, kOldKey);
-                try {
-                    session.addRow(2);
-                } catch (const DatabaseError&) {
-                    ::_exit(3);
-                }
-                return session.seal() ? isMoved : (::_exit(3), false);
-            });
-            if (answer == -1) {
-                break;
-            }
-            refused += answer == 0 ? 1 : 0;
-            const QString at = QStringLiteral("error %1 at call %2").arg(error).arg(call);
-            VaultSession session(m_folder.path());
-            bool isOpen = false;
-            for (const bool scheme : {false, true}) {
-                isOpen = isOpen || (session.vault.CryptKVDB(scheme, 0, true, {}) &&
-                                    (session.connectUnder(kOldKey, scheme) ||
-                                     session.connectUnder(kOldKey, !scheme)));
-            }
-            ASSERT_TRUE(isOpen) << at.toStdString();
-            EXPECT_EQ(session.database.checkIntegrity(), QString()) << at.toStdString();
-            EXPECT_GE(session.rows(), answer > 1 ? 1 : 2) << at.toStdString();
-        }
-        EXPECT_GT(refused, 0);
-    }
+    failEachCall({.errors = {ENOSPC, EIO},
+                  .step = campaignSetting("KEEPER_CRASH_STEP", 5),
+                  .before = [this] { restore(); },
+                  .work =
+                      [this] {
+                          VaultSession session(m_folder.path());
+                          if (!session.open(true)) {
+                              ::_exit(2);
+                          }
+                          const bool isMoved = session.vault.SetLgnKey(true, kOldKey);
+                          try {
+                              session.addRow(2);
+                          } catch (const DatabaseError&) {
+                              ::_exit(3);
+                          }
+                          return session.seal() ? isMoved : (::_exit(3), false);
+                      },
+                  .check =
+                      [this](const std::string& at, int answer) {
+                          VaultSession session(m_folder.path());
+                          bool isOpen = false;
+                          for (const bool scheme : {false, true}) {
+                              isOpen = isOpen || (session.vault.CryptKVDB(scheme, 0, true, {}) &&
+                                                  (session.connectUnder(kOldKey, scheme) ||
+                                                   session.connectUnder(kOldKey, !scheme)));
+                          }
+                          ASSERT_TRUE(isOpen) << at;
+                          EXPECT_EQ(session.database.checkIntegrity(), QString()) << at;
+                          EXPECT_GE(session.rows(), answer > 1 ? 1 : 2) << at;
+                      }});
 }
 
 #endif

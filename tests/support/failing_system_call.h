@@ -12,6 +12,8 @@
 
 #include <csignal>
 #include <functional>
+#include <string>
+#include <vector>
 
 namespace keeper {
 
@@ -73,6 +75,35 @@ inline int answerWhenCallFails(
             ::ptrace(PTRACE_SETREGS, child, nullptr, &registers);
             failing = false;
         }
+    }
+}
+
+/// One call after another, in steps, fails with each of the errors, until `work` makes no more.
+struct FailingDisk {
+    std::vector<int> errors;
+    int step = 1;
+    /// In this process, before each child.
+    std::function<void()> before;
+    std::function<void()> prepare = [] {};
+    std::function<bool()> work;
+    /// Looks at what the child left; `at` names the error and the call.
+    std::function<void(const std::string& at, int answer)> check;
+};
+
+inline void failEachCall(const FailingDisk& disk) {
+    for (const int error : disk.errors) {
+        int refused = 0;
+        for (int call = 1; !testing::Test::HasFailure(); call += disk.step) {
+            disk.before();
+            const int answer = answerWhenCallFails(call, error, disk.work, disk.prepare);
+            if (answer == -1) {
+                break;
+            }
+            refused += answer == 0 ? 1 : 0;
+            disk.check("error " + std::to_string(error) + " at call " + std::to_string(call),
+                       answer);
+        }
+        EXPECT_GT(refused, 0) << "error " << error;
     }
 }
 
