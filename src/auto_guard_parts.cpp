@@ -44,12 +44,14 @@ AutoGuardParts::AutoGuardParts(const AutoGuardSession& session)
               session.endSession}),
       settings({session.prompt, session.clock, session.system, session.logs, timers}),
       tray(trayPorts()) {
-    MainActions& actions = session.mainWindow.actions();
+    connectTray();
+    connectDesktop();
+}
+
+void AutoGuardParts::carryOut(MainActions& actions) {
     actions.carryOut(QStringLiteral("mn_lockManager"),
                      [this] { guardian.LockInstantly(/*bManually=*/true); });
     actions.carryOut(QStringLiteral("mn_autoGuardSettings"), [this] { showSettings(); });
-    connectTray();
-    connectDesktop();
 }
 
 AutoGuardian::Ports AutoGuardParts::guardianPorts() {

@@ -26,6 +26,7 @@ class Clipboard;
 class Database;
 class EditPane;
 class FormSize;
+class MainActions;
 class Random;
 class SessionWatch;
 class frmMain;
@@ -60,6 +61,8 @@ class AutoGuardParts : public QObject {
 
     /// A crash may have left a private folder locked. Before anything asks for it.
     void heal() const { m_folder.heal(); }
+    /// The commands of the main window's menus.
+    void carryOut(MainActions& actions);
     /// The session begins.
     void start();
     /// Once a second, while the session runs.

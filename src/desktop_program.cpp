@@ -61,10 +61,9 @@
 #include "workspace_parts.h"
 
 namespace keeper {
-namespace {}  // namespace
 
 struct DesktopProgram::Graph {
-    explicit Graph(QApplication& application);
+    Graph();
 
     [[nodiscard]] StartChecks startChecks();
     [[nodiscard]] Login::Ports loginPorts();
@@ -137,9 +136,9 @@ struct DesktopProgram::Graph {
     bool isEndingEarly = false;
 };
 
-DesktopProgram::Graph::Graph(QApplication& application)
+DesktopProgram::Graph::Graph()
     : appearance(folders.configuration),
-      theme(application, appearance),
+      theme(appearance),
       tray(notifyDesktop),
       instance(LinuxSingleInstance::defaultFolder(folders.configuration)),
       machine(LinuxMachine::systemSources(folders.registry())),
@@ -324,6 +323,7 @@ void DesktopProgram::Graph::buildMainWindow() {
     protection.connectCommands({[this](int number) { return gate.demandAuthority(number); },
                                 [this] { endSessionSoon(); }});
     secrets.carryOut(mainWindow.actions());
+    autoGuard.carryOut(mainWindow.actions());
 }
 
 void DesktopProgram::Graph::startWorkspace() {
@@ -378,8 +378,7 @@ void DesktopProgram::Graph::tellRunTime() {
         StatusPanel::RunTime, Time::ShowTime(sessionEnd.runSeconds(), Time::Style::Colons));
 }
 
-DesktopProgram::DesktopProgram(QApplication& application)
-    : m_graph(std::make_unique<Graph>(application)) {}
+DesktopProgram::DesktopProgram() : m_graph(std::make_unique<Graph>()) {}
 
 DesktopProgram::~DesktopProgram() = default;
 

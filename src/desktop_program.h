@@ -11,7 +11,7 @@ namespace keeper {
 /// The desktop program's objects, made once and handed down by reference.
 class DesktopProgram {
   public:
-    explicit DesktopProgram(QApplication& application);
+    DesktopProgram();
     ~DesktopProgram();
     DesktopProgram(const DesktopProgram&) = delete;
     DesktopProgram& operator=(const DesktopProgram&) = delete;

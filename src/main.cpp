@@ -15,12 +15,12 @@ int main(int argc, char** argv) {
         return LinuxFolderLock::watchdogMain(argv[2]);
     }
     keeper::hardenProcess();
-    QApplication application(argc, argv);
+    const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("morvane-keeper"));
     QApplication::setApplicationVersion(keeper::programVersion());
     QApplication::setDesktopFileName(QStringLiteral("morvane-keeper"));
 
     // A path with blanks that a shell or a desktop has split is one path all the same.
-    keeper::DesktopProgram program(application);
+    keeper::DesktopProgram program;
     return program.run(QApplication::arguments().mid(1).join(QLatin1Char(' ')));
 }

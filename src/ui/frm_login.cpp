@@ -20,6 +20,7 @@
 #include "guard/login.h"
 #include "ui/theme/colors.h"
 #include "ui/theme/icons.h"
+#include "ui/theme/theme.h"
 #include "ui/widgets/key_box.h"
 #include "ui/widgets/key_edit.h"
 #include "ui/widgets/named.h"
@@ -73,10 +74,7 @@ QWidget* frmLogin::buildHead() {
     auto* logo = named(new QLabel(head), "imgLogo");
     logo->setPixmap(programIcon().pixmap(QSize(unit * 3, unit * 3), devicePixelRatioF()));
     auto* title = new QLabel(programTitle(), head);
-    QFont font = title->font();
-    font.setPointSizeF(font.pointSizeF() * 1.6);
-    font.setWeight(QFont::DemiBold);
-    title->setFont(font);
+    title->setFont(titleFont(title->font()));
     auto* subtitle = new QLabel(QStringLiteral("登录密码数据库"), head);
     subtitle->setEnabled(false);
 

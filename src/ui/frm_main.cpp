@@ -23,8 +23,7 @@
 
 namespace keeper {
 
-frmMain::frmMain(QWidget* parent)
-    : QMainWindow(parent), m_panels(new StatusPanelBar(this)), m_actions(new MainActions(this)) {
+frmMain::frmMain(QWidget* parent) : QMainWindow(parent), m_panels(new StatusPanelBar(this)) {
     setObjectName(QStringLiteral("frmMain"));
     setStatusBar(m_panels);
     SetCaption({});
@@ -45,6 +44,8 @@ void frmMain::bringToFront() {
 
 void frmMain::attach(const MainWindowLogic& logic) {
     m_logic.emplace(logic);
+    // Not before: the window is there long before a person can see it.
+    m_actions = new MainActions(this);
     m_actions->fillMenuBar(menuBar());
     buildToolbar();
     stSheets = new SheetsPanel(logic.sheets, *m_actions);

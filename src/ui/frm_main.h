@@ -46,6 +46,7 @@ class frmMain : public QMainWindow, public WorkspaceView {
     explicit frmMain(QWidget* parent = nullptr);
 
     [[nodiscard]] StatusPanels& statusPanels() { return *m_panels; }
+    /// REQUIRES: attach().
     [[nodiscard]] MainActions& actions() { return *m_actions; }
     /// Without a judge the window just closes.
     void setCloseJudge(CloseJudge judge) { m_closeJudge = std::move(judge); }
@@ -83,7 +84,7 @@ class frmMain : public QMainWindow, public WorkspaceView {
     void healPlace();
 
     StatusPanelBar* m_panels;
-    MainActions* m_actions;
+    MainActions* m_actions = nullptr;
     CloseJudge m_closeJudge;
     std::optional<MainWindowLogic> m_logic;
     QToolBar* m_toolbar = nullptr;

@@ -11,6 +11,7 @@
 #include "app/program_info.h"
 #include "ui/theme/colors.h"
 #include "ui/theme/icons.h"
+#include "ui/theme/theme.h"
 
 namespace keeper {
 
@@ -25,10 +26,7 @@ frmSplash::frmSplash(QWidget* parent)
     icon->setPixmap(programIcon().pixmap(QSize(unit * 5, unit * 5), devicePixelRatioF()));
 
     auto* title = new QLabel(programTitle(), this);
-    QFont large = title->font();
-    large.setPointSizeF(large.pointSizeF() * 1.6);
-    large.setWeight(QFont::DemiBold);
-    title->setFont(large);
+    title->setFont(titleFont(title->font()));
 
     auto* version = new QLabel(QStringLiteral("版本 %1").arg(programVersion()), this);
     QPalette quiet = palette();

@@ -11,17 +11,23 @@
 #include <QDir>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTimer>
+#include <QToolButton>
 #include <QTreeView>
 
 #include "support/fake_desktop.h"
+#include "support/session_fixture.h"
 #include "ui/dlg_connecting.h"
+#include "ui/frm_login.h"
 #include "ui/frm_splash.h"
+#include "ui/frm_wizard.h"
 #include "ui/main_window_fixture.h"
 #include "ui/ports/qt_prompt.h"
 #include "ui/theme/icons.h"
@@ -115,6 +121,63 @@ void save(QWidget& widget, const QString& path) {
     widget.hide();
 }
 
+/// The forms on the way to the main window, over a user who has logged in before.
+class SessionPictures final : public SessionTest {
+  public:
+    SessionPictures() { SetUp(); }
+
+    void saveLogin(const KeyboardState& keyboard, const QString& path) {
+        leaveAndRestart();
+        frmLogin form(program->login, keyboard);
+        const auto showPath = [&form] { hideHome(*form.findChild<QToolButton*>(u"lblPath"_s)); };
+        // The form looks for its user behind its first paint.
+        form.show();
+        QApplication::processEvents();
+        showPath();
+        save(form, path + QStringLiteral("/login") + tail);
+        prompt.answers = {Prompt::Answer::Yes};
+        for (int attempt = 0; attempt < 10; ++attempt) {
+            program->login.setKeyText(QStringLiteral("wrong key"));
+            prompt.answers = {Prompt::Answer::Yes};
+            program->login.OnLoginClicked();
+        }
+        clock.advanceSeconds(1);
+        program->login.tick();
+        showPath();
+        save(form, path + QStringLiteral("/login-banned") + tail);
+    }
+
+    void saveWizard(const KeyboardState& keyboard, const QString& path) {
+        Wizard& wizard = program->wizard;
+        wizard.load();
+        frmWizard form(wizard, keyboard);
+        wizard.setUserName(QStringLiteral("张三"));
+        for (int page = 1; page <= 4; ++page) {
+            hideHome(*form.findChild<QLineEdit*>(u"txtPrivateFolder"_s));
+            auto* summary = form.findChild<QPlainTextEdit*>(u"txtSummarize"_s);
+            summary->setPlainText(homeless(summary->toPlainText()));
+            save(form, path + QStringLiteral("/wizard-%1").arg(page) + tail);
+            if (page < 4) {
+                wizard.cmdNext();
+            }
+        }
+    }
+
+    QString tail;
+
+  private:
+    /// The tests' home lies wherever there is room.
+    static QString homeless(QString text) {
+        return text.replace(QDir::homePath(), QStringLiteral("/home/user"));
+    }
+    template <typename Control>
+    static void hideHome(Control& control) {
+        control.setText(homeless(control.text()));
+    }
+
+    void TestBody() override {}
+};
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -124,7 +187,7 @@ int main(int argc, char** argv) {
     FakeAppearance appearance;
     FakeKeyboardState keyboard;
     keyboard.set(true);
-    Theme theme(application, appearance);
+    Theme theme(appearance);
     for (const bool isDark : {false, true}) {
         theme.setChoice(isDark ? Theme::Choice::Dark : Theme::Choice::Light);
         const QString tail = isDark ? QStringLiteral("-dark.png") : QStringLiteral("-light.png");
@@ -136,6 +199,10 @@ int main(int argc, char** argv) {
         save(connecting, folder + QStringLiteral("/connecting") + tail);
         connecting.SetMsg(CryptMode::SealAfterFailedBackup);
         save(connecting, folder + QStringLiteral("/connecting-failed") + tail);
+        SessionPictures session;
+        session.tail = tail;
+        session.saveLogin(keyboard, folder);
+        session.saveWizard(keyboard, folder);
         const std::unique_ptr<QWidget> page(controls(keyboard));
         save(*page, folder + QStringLiteral("/controls") + tail);
         MainWindowPicture picture;

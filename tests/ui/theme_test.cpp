@@ -60,7 +60,7 @@ QColor middleOfPlus() {
 
 TEST(Theme, FollowsTheDesktopUntilAPersonChooses) {
     FakeAppearance desktop;
-    Theme theme(*qobject_cast<QApplication*>(QApplication::instance()), desktop);
+    Theme theme(desktop);
     desktop.set(Appearance::Scheme::Dark);
     EXPECT_TRUE(theme.isDark());
     EXPECT_TRUE(isDarkPalette(QApplication::palette()));

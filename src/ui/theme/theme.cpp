@@ -29,7 +29,13 @@ QFont programFont(QFont font) {
 
 }  // namespace
 
-Theme::Theme(QApplication& /*application*/, const Appearance& appearance)
+QFont titleFont(QFont font) {
+    font.setPointSizeF(font.pointSizeF() * 1.6);
+    font.setWeight(QFont::DemiBold);
+    return font;
+}
+
+Theme::Theme(const Appearance& appearance)
     : m_appearance(appearance),
       m_toolkitTexts(std::make_unique<QTranslator>()),
       m_isDesktopDark(isDarkPalette(QApplication::palette())) {

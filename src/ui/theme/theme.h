@@ -8,10 +8,14 @@
 
 #include "platform/appearance.h"
 
-class QApplication;
+class QFont;
 class QTranslator;
 
 namespace keeper {
+
+/// `font` as the program's name is set in. One size for all windows: the first use of each costs
+/// milliseconds.
+[[nodiscard]] QFont titleFont(QFont font);
 
 /// The program's look: style, palette, fonts, and the toolkit's own texts in Chinese.
 class Theme final : public QObject {
@@ -22,7 +26,7 @@ class Theme final : public QObject {
     enum class Choice { FollowDesktop, Light, Dark };
 
     /// Dresses the application at once. `appearance` must outlive this object.
-    Theme(QApplication& application, const Appearance& appearance);
+    explicit Theme(const Appearance& appearance);
     ~Theme() override;
 
     void setChoice(Choice choice);
