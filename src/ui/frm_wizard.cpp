@@ -12,6 +12,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
@@ -203,7 +204,15 @@ QWidget* frmWizard::buildLastPage() {
     row->addWidget(layers, 1);
     layout->addLayout(row);
     layout->addStretch();
-    return page;
+    // The warnings must be readable on a small or much enlarged screen, too.
+    auto* scroll = new QScrollArea(this);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setAccessibleName(QStringLiteral("设置汇总与保护机制"));
+    scroll->setWidget(page);
+    scroll->viewport()->setAutoFillBackground(false);
+    page->setAutoFillBackground(false);
+    return scroll;
 }
 
 void frmWizard::connectSecretPage(int page) {

@@ -131,8 +131,7 @@ class SessionPictures final : public SessionTest {
         frmLogin form(program->login, keyboard);
         const auto showPath = [&form] { hideHome(*form.findChild<QToolButton*>(u"lblPath"_s)); };
         // The form looks for its user behind its first paint.
-        form.show();
-        QApplication::processEvents();
+        save(form, path + QStringLiteral("/login") + tail);
         showPath();
         save(form, path + QStringLiteral("/login") + tail);
         prompt.answers = {Prompt::Answer::Yes};
