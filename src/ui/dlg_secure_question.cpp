@@ -143,15 +143,21 @@ void dlgSecureQuestion::markItems() {
 void dlgSecureQuestion::buildAnswering() {
     QBoxLayout* layout = makeLayout();
     layout->addWidget(new QLabel(QStringLiteral("以下必答："), this));
-    lblQuestion = named(new QLabel(m_answering->lblQuestion(), this), "lblQuestion");
+    // Without a buddy: that would take "&" in the person's question for the mark of a key.
+    lblQuestion = named(new QLabel(this), "lblQuestion");
     lblQuestion->setTextFormat(Qt::PlainText);
     lblQuestion->setWordWrap(true);
     layout->addWidget(lblQuestion);
     txtAnswer = makeAnswerBox();
-    lblQuestion->setBuddy(txtAnswer->edit());
+    showQuestion();
     layout->addWidget(txtAnswer);
     layout->addLayout(
         makeCommands(QStringLiteral("确定并切换到下一个问题"), QStringLiteral("放弃离开")));
+}
+
+void dlgSecureQuestion::showQuestion() {
+    lblQuestion->setText(m_answering->lblQuestion());
+    txtAnswer->edit()->setAccessibleName(QStringLiteral("答案 ") + lblQuestion->text());
 }
 
 void dlgSecureQuestion::takeAnswer() {
@@ -161,7 +167,7 @@ void dlgSecureQuestion::takeAnswer() {
         return;
     }
     txtAnswer->wipe();
-    lblQuestion->setText(m_answering->lblQuestion());
+    showQuestion();
     txtAnswer->edit()->setFocus();
 }
 

@@ -35,6 +35,7 @@ class dlgSecureQuestion final : public SessionDialog {
     void showItem();
     void markItems();
     void buildAnswering();
+    void showQuestion();
     void takeAnswer();
     KeyBox* makeAnswerBox();
 

@@ -120,11 +120,11 @@ TEST_F(SecretFormsTest, QuestionsAreKeptWhileThePersonGoesFromOneToAnotherAndAsk
         auto* answer = the<QLineEdit>(form, "txtAnswer");
         for (const int row : {0, 2, 5}) {
             list->setCurrentRow(row);
-            QTest::keyClicks(question, u"q%1"_s.arg(row + 1));
+            QTest::keyClicks(question, u"q&%1"_s.arg(row + 1));
             QTest::keyClicks(answer, u"a%1"_s.arg(row + 1));
         }
         list->setCurrentRow(2);
-        EXPECT_EQ(question->text() + answer->text(), u"q3a3"_s);
+        EXPECT_EQ(question->text() + answer->text(), u"q&3a3"_s);
         prompt.answers = {Prompt::Answer::Ok};
         the<QPushButton>(form, "cmdOK")->click();
         EXPECT_EQ(form.result(), QDialog::Accepted);
@@ -135,7 +135,11 @@ TEST_F(SecretFormsTest, QuestionsAreKeptWhileThePersonGoesFromOneToAnotherAndAsk
     dlgSecureQuestion form(answering, keyboard);
     show(form);
     auto* answer = the<QLineEdit>(form, "txtAnswer");
+    auto* label = the<QLabel>(form, "lblQuestion");
+    EXPECT_EQ(label->text(), u"(1)：q&1"_s);
+    EXPECT_EQ(label->buddy(), nullptr) << "the mark of a key is not shown";
     for (const char* typed : {"a1", "a1", "a3", "a6"}) {
+        EXPECT_TRUE(answer->accessibleName().endsWith(label->text()));
         QTest::keyClicks(answer, QString::fromLatin1(typed));
         QTest::keyClick(answer, Qt::Key_Return);
         EXPECT_EQ(answer->text(), QString());
