@@ -52,7 +52,7 @@ dlgManageSecret::dlgManageSecret(SecretManagement& logic)
         }
     });
     connect(cmdOK, &QPushButton::clicked, this, [this] {
-        if (m_logic.cmdOK()) {
+        if (isFinished() && m_logic.cmdOK()) {
             accept();
         }
     });
@@ -129,6 +129,21 @@ void dlgManageSecret::take(Field field, const QString& text) {
         return;
     }
     showPredictions();
+}
+
+bool dlgManageSecret::isFinished() {
+    for (std::size_t i = 0; i < m_boxes.size(); ++i) {
+        NumberBox* box = m_boxes.at(i);
+        const bool isRefused = !box->hasAcceptableInput() && !box->text().isEmpty();
+        box->setValue(m_logic.value(static_cast<Field>(i)));
+        if (isRefused) {
+            m_logic.refuse(static_cast<Field>(i));
+            box->setFocus();
+            box->selectAll();
+            return false;
+        }
+    }
+    return true;
 }
 
 void dlgManageSecret::showPredictions() {

@@ -32,6 +32,9 @@ class dlgManageSecret final : public SessionDialog {
     void addPeriod(QGridLayout* grid, Field field);
     NumberBox* makeBox(Field field, const char* name, const QString& what);
     void take(Field field, const QString& text);
+    /// A key of the button's own moves no focus, so a box may still hold what is not a value: it is
+    /// told and focused. Empty boxes are filled again.
+    [[nodiscard]] bool isFinished();
     void showPredictions();
 
     SecretManagement& m_logic;

@@ -66,7 +66,13 @@ TEST_F(SecretFormsTest, NumbersOutsideTheRangeAreToldOnceAndNeverStored) {
     EXPECT_TRUE(prompt.boxes.empty()) << "it may become 10";
     QTest::keyClick(chances, Qt::Key_Return);
     EXPECT_EQ(prompt.takeTexts(), QStringList(u"尝试次数的取值范围在3~10之间！"_s));
+    chances->selectAll();
+    QTest::keyClicks(chances, u"1"_s);
+    the<QPushButton>(form, "cmdOK")->click();
+    EXPECT_EQ(prompt.takeTexts(), QStringList(u"尝试次数的取值范围在3~10之间！"_s))
+        << "nor where the key of the button leaves the focus in the box";
     EXPECT_TRUE(form.isVisible());
+    EXPECT_EQ(chances->text(), u"5"_s);
     QTest::keyClick(chances, Qt::Key_Up);
     EXPECT_EQ(chances->text(), u"6"_s);
     QTest::keyClick(the<NumberBox>(form, "txtLgnKeyChances0"), Qt::Key_Down);
