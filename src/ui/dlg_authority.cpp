@@ -7,6 +7,7 @@
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QLabel>
 #include <QPushButton>
 #include <QTimer>
 
@@ -60,10 +61,17 @@ QGroupBox* dlgAuthority::buildBoxes() {
             box->hide();
             continue;
         }
-        box->setText(QStringLiteral("%1. %2").arg(number).arg(caption));
+        // The log names the numbers.
+        auto* label = new QLabel(QStringLiteral("%1.").arg(number), frame);
+        label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        label->setFixedWidth(fontMetrics().horizontalAdvance(QStringLiteral("00.")));
+        box->setText(caption);
         box->setToolTip(Authorities::toolTip(number));
-        box->setAccessibleDescription(box->toolTip());
-        grid->addWidget(box, (number - 1) % kRows, (number - 1) / kRows);
+        box->setAccessibleDescription(label->text() + box->toolTip());
+        auto* cell = new QHBoxLayout;
+        cell->addWidget(label);
+        cell->addWidget(box, 1);
+        grid->addLayout(cell, (number - 1) % kRows, (number - 1) / kRows);
     }
     return frame;
 }

@@ -161,6 +161,7 @@ TEST_F(SecretFormsTest, AuthoritiesMirrorTheirBitsSpareOnesToo) {
     dlgAuthority form(logic);
     show(form);
     EXPECT_TRUE(the<QCheckBox>(form, "chkAuthority11")->isChecked());
+    EXPECT_EQ(the<QCheckBox>(form, "chkAuthority11")->text(), u"分机登录管理"_s);
     the<QPushButton>(form, "cmdAllYes")->click();
     the<QCheckBox>(form, "chkAuthority11")->click();
     the<QPushButton>(form, "cmdOK")->click();
