@@ -6,6 +6,8 @@
 #include <QApplication>
 #include <QDialog>
 #include <QThread>
+#include <chrono>
+#include <utility>
 
 #include "app/system.h"
 #include "crypto/secure_wipe.h"
@@ -20,6 +22,9 @@
 
 namespace keeper {
 namespace {
+
+/// For what waits until other code has returned.
+constexpr std::chrono::milliseconds kRetry{20};
 
 /// Boxes and file dialogs are no forms of the table, and must not outstay a lock either.
 void closeModalWindows() {
@@ -64,7 +69,8 @@ AutoGuardian::Ports AutoGuardParts::guardianPorts() {
             [this] { m_session.clipboard.clear(); },
             [this](bool isConcealed) { conceal(isConcealed); },
             m_session.runSeconds,
-            [this] { timers.armLock(); }};
+            [this] { afterUnlocking(); },
+            [this](bool bManually) { return stopConversionFirst(bManually); }};
 }
 
 TrayMenu::Ports AutoGuardParts::trayPorts() {
@@ -121,6 +127,26 @@ void AutoGuardParts::tick() {
     tray.tick();
 }
 
+void AutoGuardParts::whenUnlocked(std::function<void()> todo) {
+    m_todo = std::move(todo);
+}
+
+void AutoGuardParts::afterUnlocking() {
+    timers.armLock();
+    if (m_todo) {
+        QTimer::singleShot(0, this, std::exchange(m_todo, nullptr));
+    }
+}
+
+/// The records of the locking would be undone with the conversion's transaction.
+bool AutoGuardParts::stopConversionFirst(bool bManually) {
+    if (!m_session.stopsConversion()) {
+        return false;
+    }
+    QTimer::singleShot(kRetry, this, [this, bManually] { guardian.LockInstantly(bManually); });
+    return true;
+}
+
 void AutoGuardParts::lockWithDesktop() {
     if (m_isRunning && m_session.system.settings().p_lockWithScreen()) {
         guardian.LockInstantly(/*bManually=*/false);
@@ -143,7 +169,7 @@ void AutoGuardParts::concealWhenNothingRuns() {
         return;
     }
     if (QThread::currentThread()->loopLevel() > 1) {
-        QTimer::singleShot(0, this, [this] { concealWhenNothingRuns(); });
+        QTimer::singleShot(kRetry, this, [this] { concealWhenNothingRuns(); });
         return;
     }
     m_isConcealWanted = false;

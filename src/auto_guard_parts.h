@@ -52,6 +52,8 @@ struct AutoGuardSession {
     std::function<qint64()> runSeconds;
     /// Closes the session as by a command of the program, unless the person cancels.
     std::function<void(AutoExit)> endSession;
+    /// Stops a conversion of the columns, which takes the return of the caller; false without one.
+    std::function<bool()> stopsConversion;
 };
 
 /// The object graph of lock, timers and tray.
@@ -72,6 +74,8 @@ class AutoGuardParts : public QObject {
     void comeBack() { tray.comeBack(); }
     /// The session ends: nothing stays locked.
     void release() { guardian.UnlockInstantly(/*bExit=*/true); }
+    /// Runs `todo` behind the next unlocking that does not end the session.
+    void whenUnlocked(std::function<void()> todo);
     /// The session has ended, and the machine is to follow.
     void shutDownMachine() { m_session.osInfo.ShutdownOS(m_power); }
 
@@ -85,6 +89,8 @@ class AutoGuardParts : public QObject {
     void reveal();
     void showLockWindow(bool isShown);
     void lockWithDesktop();
+    void afterUnlocking();
+    bool stopConversionFirst(bool bManually);
     void showSettings();
 
     AutoGuardSession m_session;
@@ -98,6 +104,7 @@ class AutoGuardParts : public QObject {
     ConcealedTexts m_columnKey;
     bool m_isConcealWanted = false;
     bool m_isRunning = false;
+    std::function<void()> m_todo;
 
   public:
     AutoGuardian guardian;

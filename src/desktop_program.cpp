@@ -73,6 +73,8 @@ struct DesktopProgram::Graph {
     void buildMainWindow();
     void startWorkspace();
     void startSession();
+    void checkAges();
+    bool stopsConversion();
     void endSession(CloseReason reason, AutoExit autoExit = AutoExit::None);
     void endSessionSoon();
     void tellRunTime();
@@ -271,7 +273,8 @@ AutoGuardSession DesktopProgram::Graph::autoGuardSession() {
             mainWindow,
             folders.state + QStringLiteral("/morvane-keeper"),
             [this] { return sessionEnd.runSeconds(); },
-            [this](AutoExit mode) { endSession(CloseReason::Program, mode); }};
+            [this](AutoExit mode) { endSession(CloseReason::Program, mode); },
+            [this] { return stopsConversion(); }};
 }
 
 void DesktopProgram::Graph::connectSession() {
@@ -344,16 +347,35 @@ void DesktopProgram::Graph::startSession() {
     QTimer::singleShot(0, &mainWindow, [this] {
         if (isEndingEarly) {
             endSession(CloseReason::SessionEnds);
-        } else if (!secrets.age.checkAll()) {
-            endSession(CloseReason::Program);
+        } else {
+            checkAges();
         }
     });
 }
 
-void DesktopProgram::Graph::endSession(CloseReason reason, AutoExit autoExit) {
-    if (protection.columnSwitch.isRunning()) {
-        // Its transaction must be undone first, which takes the return of whoever called us.
+void DesktopProgram::Graph::checkAges() {
+    if (secrets.age.checkAll()) {
+        return;
+    }
+    if (system.p_isLocked()) {
+        // The locking has closed the forms, not the person.
+        autoGuard.whenUnlocked([this] { checkAges(); });
+        return;
+    }
+    endSession(CloseReason::Program);
+}
+
+bool DesktopProgram::Graph::stopsConversion() {
+    const bool isRunning = protection.columnSwitch.isRunning();
+    if (isRunning) {
         protection.columnSwitch.close();
+    }
+    return isRunning;
+}
+
+void DesktopProgram::Graph::endSession(CloseReason reason, AutoExit autoExit) {
+    // Its transaction must be undone first, which takes the return of whoever called us.
+    if (stopsConversion()) {
         QTimer::singleShot(0, &mainWindow,
                            [this, reason, autoExit] { endSession(reason, autoExit); });
         return;

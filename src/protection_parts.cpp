@@ -3,6 +3,7 @@
 
 #include "protection_parts.h"
 
+#include <QScopedValueRollback>
 #include <utility>
 
 #include "app/program_info.h"
@@ -43,6 +44,14 @@ ProtectionParts::ProtectionParts(const ProtectionPorts& ports)
                     [this](const QString& message) { tellLifetime(message); }}) {}
 
 Authentication::Result ProtectionParts::authenticate(Authentication::SecretType type) {
+    // The tray's commands come in under a modal form. A second question would take the first one's
+    // verification away, and what it counts would be undone with a conversion that is stopped.
+    if (m_openAuthentication != nullptr || columnSwitch.isRunning()) {
+        if (m_openAuthentication != nullptr) {
+            m_openAuthentication->activateForm();
+        }
+        return Authentication::Result::NotVerified;
+    }
     authentication.load(type);
     showAuthentication();
     return authentication.result();
@@ -86,6 +95,7 @@ void ProtectionParts::showGuard() {
 
 void ProtectionParts::showAuthentication() {
     dlgAuthentication form(authentication, m_ports.keyboard);
+    const QScopedValueRollback<dlgAuthentication*> open(m_openAuthentication, &form);
     form.run(m_ports.system);
 }
 

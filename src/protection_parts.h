@@ -15,6 +15,7 @@
 namespace keeper {
 
 class ColumnKey;
+class dlgAuthentication;
 class EventLoop;
 class KeyboardState;
 class frmMain;
@@ -74,6 +75,7 @@ class ProtectionParts {
 
     ProtectionPorts m_ports;
     Session m_session;
+    dlgAuthentication* m_openAuthentication = nullptr;
 
   public:
     IndependentPassword secret;

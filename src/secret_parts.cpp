@@ -4,6 +4,8 @@
 #include "secret_parts.h"
 
 #include "app/system.h"
+#include "platform/prompt.h"
+#include "store/sealed_database.h"
 #include "ui/dlg_authority.h"
 #include "ui/dlg_manage_secret.h"
 #include "ui/dlg_modify_secret.h"
@@ -25,7 +27,8 @@ SecretParts::SecretParts(const SecretPorts& ports)
                     [this] { return answerQuestions(); }}),
       m_authorities({ports.prompt, ports.clock, ports.system, ports.sealed, ports.logs}),
       age({ports.prompt, ports.clock, ports.system.settings(), ports.panels,
-           [this](SecretAge::Kind kind) { return renew(kind); }}) {}
+           [this](SecretAge::Kind kind) { return renew(kind); },
+           [this] { return !m_ports.sealed.IsIdpPwdNull(); }}) {}
 
 void SecretParts::carryOut(MainActions& actions) {
     using KeyType = SecretModification::KeyType;
@@ -41,8 +44,20 @@ void SecretParts::carryOut(MainActions& actions) {
 bool SecretParts::modifySecret(SecretModification::KeyType type) {
     m_modification.load(type);
     dlgModifySecret form(m_modification, m_ports.keyboard);
-    form.run(m_ports.system);
-    return m_modification.isRenewed();
+    return form.run(m_ports.system);
+}
+
+bool SecretParts::renewSecret(SecretModification::KeyType type) {
+    while (modifySecret(type)) {
+        if (m_modification.isRenewed()) {
+            return true;
+        }
+        m_ports.prompt.messageBox(type == SecretModification::KeyType::LoginKey
+                                      ? QStringLiteral("登录密钥已失效，新密钥必须与原密钥不同！")
+                                      : QStringLiteral("独立密码已失效，新密码必须与原密码不同！"),
+                                  Prompt::Icon::Exclamation);
+    }
+    return false;
 }
 
 void SecretParts::manageSecrets() {
@@ -77,9 +92,9 @@ bool SecretParts::renew(SecretAge::Kind kind) {
     using KeyType = SecretModification::KeyType;
     switch (kind) {
         case SecretAge::Kind::LoginKey:
-            return modifySecret(KeyType::LoginKey);
+            return renewSecret(KeyType::LoginKey);
         case SecretAge::Kind::IndependentPassword:
-            return modifySecret(KeyType::IndependentPassword);
+            return renewSecret(KeyType::IndependentPassword);
         case SecretAge::Kind::Questions:
             // Without questions there is nothing to answer: then they are to be set, or given up.
             return m_questions.ReadDB() &&

@@ -38,13 +38,15 @@ class SecretParts {
     bool answerQuestions();
 
   private:
-    /// True when the secret itself was changed.
+    /// True when the secret was changed, or its hint alone.
     bool modifySecret(SecretModification::KeyType type);
     void manageSecrets();
     /// True when the questions were stored.
     bool setQuestions();
     void setAuthorities();
     bool renew(SecretAge::Kind kind);
+    /// True when the secret itself was changed.
+    bool renewSecret(SecretModification::KeyType type);
 
     SecretPorts m_ports;
     SecureQuestions m_questions;

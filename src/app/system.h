@@ -79,6 +79,10 @@ class System final : public KeyHolder, public PrivateFolderOwner {
     [[nodiscard]] bool p_isLogouted() const { return m_isLogouted; }
     void p_isLogouted(bool value) { m_isLogouted = value; }
 
+    /// The automatic guard keeps the manager locked.
+    [[nodiscard]] bool p_isLocked() const { return m_isLocked; }
+    void p_isLocked(bool value) { m_isLocked = value; }
+
     /// Copies the session into the user's record: it runs from now on, and the failed attempts
     /// before it are settled.
     void RefreshMyUser();
@@ -111,6 +115,7 @@ class System final : public KeyHolder, public PrivateFolderOwner {
     SealedDatabase* m_sealed = nullptr;
     QString m_plainIdpPwd;
     bool m_isLogouted = false;
+    bool m_isLocked = false;
 };
 
 }  // namespace keeper

@@ -25,10 +25,12 @@ constexpr int kUnlocked = 11;
 void AutoGuardian::LockInstantly(bool bManually) {
     guardedRun(m_ports.prompt, QStringLiteral("cAutoGuardian.LockInstantly"), [&] {
         // The desktop may lock its screen while the session is being sealed.
-        if (m_isLocked || m_ports.system.p_isLogouted() || !m_ports.SetLockState(true)) {
+        if (m_isLocked || m_ports.system.p_isLogouted() ||
+            (m_ports.postpones && m_ports.postpones(bManually)) || !m_ports.SetLockState(true)) {
             return;
         }
         m_isLocked = true;
+        m_ports.system.p_isLocked(true);
         log(bManually ? kLockedManually : kLockedAutomatically);
         if (m_ports.system.settings().p_clearClpbrd()) {
             m_ports.clearClipboard();
@@ -51,6 +53,7 @@ void AutoGuardian::UnlockInstantly(bool bExit) {
         log(kUnlocked);
         m_ports.folder.unlock();
         m_isLocked = false;
+        m_ports.system.p_isLocked(false);
         if (!bExit) {
             m_ports.concealSecrets(false);
             m_ports.unlocked();

@@ -35,6 +35,9 @@ class AutoGuardian {
         std::function<qint64()> runSeconds;
         /// Behind each unlocking that does not end the session.
         std::function<void()> unlocked;
+        /// Asked before each locking: true when something must be undone first, which then locks
+        /// again by itself. May be empty.
+        std::function<bool(bool bManually)> postpones = nullptr;
     };
 
     explicit AutoGuardian(Ports ports) : m_ports(std::move(ports)) {}

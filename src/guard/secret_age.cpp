@@ -30,8 +30,9 @@ bool SecretAge::checkAll() {
     const Settings& settings = m_ports.settings;
     return CheckSecretAge(Kind::LoginKey, settings.p_lgnKeyModifyStart(),
                           settings.p_lgnKeyModifyDays()) &&
-           CheckSecretAge(Kind::IndependentPassword, settings.p_idpPwdModifyStart(),
-                          settings.p_idpPwdModifyDays()) &&
+           (!m_ports.hasIndependentPassword() ||
+            CheckSecretAge(Kind::IndependentPassword, settings.p_idpPwdModifyStart(),
+                           settings.p_idpPwdModifyDays())) &&
            CheckSecretAge(Kind::Questions, settings.p_sqUpdateStart(), settings.p_sqUpdateDays());
 }
 

@@ -27,6 +27,7 @@ class SecretAge {
         StatusPanels& panels;
         /// Shows the form of that kind; false when the person left it without renewing.
         std::function<bool(Kind kind)> renew;
+        std::function<bool()> hasIndependentPassword;
     };
 
     explicit SecretAge(Ports ports) : m_ports(std::move(ports)) {}

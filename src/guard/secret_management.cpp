@@ -141,7 +141,7 @@ bool SecretManagement::cmdOK() {
     store(m_values);
     if (m_ports.system.WriteDB(/*isNew=*/false)) {
         // The login form counts by the user's record, also when this session ends in a crash.
-        m_ports.system.RefreshMyUser();
+        m_ports.system.user().p_lgnKeyChances0(m_ports.system.settings().p_lgnKeyChances0());
         m_ports.system.WriteUser();
         return true;
     }

@@ -223,6 +223,9 @@ void SessionConnect::unlockColumns() {
         return;
     }
     m_ports.display.close();
+    // Whoever kills the program over the question finds this copy again, with the tries used up.
+    m_ports.system.user().p_activeFile(m_ports.system.p_tmpFile());
+    m_ports.system.WriteUser();
     if (!m_ports.unlockColumns()) {
         throw Locked{};
     }

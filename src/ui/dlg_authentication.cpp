@@ -48,7 +48,7 @@ dlgAuthentication::~dlgAuthentication() {
 
 void dlgAuthentication::run(System& system) {
     if (!m_logic.isClosed()) {
-        SessionDialog::run(system);
+        showModal(system);
     }
     m_logic.cmdCancel();
 }

@@ -33,6 +33,10 @@ struct Protection {
     explicit Protection(SessionProgram& of) : program(of) {
         // What a person does when the independent password is asked for.
         program.unlocksColumns = [this] {
+            const auto record = program.users.makeUser();
+            EXPECT_TRUE(record->ReadRegistry(program.system.p_userName()) &&
+                        record->p_activeFile() == program.system.p_tmpFile())
+                << "a kill at the question would give the tries back";
             form.load(Type::KeepPassword);
             for (const QString& entry : entries) {
                 form.cmdOK(entry);

@@ -128,12 +128,14 @@ class AutoGuardTest : public SessionTest {
     bool isMainVisible = true;
     qint64 runSeconds = 3725;
     std::optional<AutoExit> ended;
+    bool isBusy = false;
     AutoGuardian guardian{
         {prompt, clock, systemOf(), logsOf(), near,
          [this](bool isLocked) { return tray.SetLockState(isLocked); },
          [this] { near.events << u"clipboard"_s; },
          [this](bool isConcealed) { near.events << (isConcealed ? u"conceal"_s : u"reveal"_s); },
-         [this] { return runSeconds; }, [this] { timers.armLock(); }}};
+         [this] { return runSeconds; }, [this] { timers.armLock(); },
+         [this](bool) { return std::exchange(isBusy, false); }}};
     GuardTimers timers{{systemOf(), near, guardian, near, [this](AutoExit mode) { ended = mode; }}};
     AutoGuardSettings dialog{{prompt, clock, systemOf(), logsOf(), timers}};
     TrayMenu tray{{prompt, systemOf(), icon, near, near, [this] { return isMainVisible; },
@@ -169,11 +171,14 @@ TEST_F(AutoGuardTest, LockingHidesClosesConcealsAndPinsInThisOrderAndOnce) {
     StubForm form(near.events);
     program->system.ManageForms(form, true);
     rows().p_clearClpbrd(true);
+    isBusy = true;
+    guardian.LockInstantly(true);
+    EXPECT_EQ(takeEvents(), QStringList()) << "put off";
     guardian.LockInstantly(true);
     EXPECT_EQ(takeEvents(),
               QStringList({u"fill 4"_s, u"hide"_s, u"clipboard"_s, u"close dlgAutoGuard"_s,
                            u"conceal"_s, u"pin MORV - 王小明"_s}));
-    EXPECT_TRUE(guardian.m_isLock());
+    EXPECT_TRUE(guardian.m_isLock() && program->system.p_isLocked());
     EXPECT_EQ(program->logged(9), 1);
     guardian.LockInstantly(false);
     EXPECT_EQ(takeEvents(), QStringList());
@@ -185,7 +190,7 @@ TEST_F(AutoGuardTest, LockingHidesClosesConcealsAndPinsInThisOrderAndOnce) {
     Statement row(program->connection, "SELECT lCount FROM tb_SysLog WHERE statusNo=11");
     ASSERT_TRUE(row.step());
     EXPECT_EQ(row.integer(0), runSeconds);
-    EXPECT_FALSE(guardian.m_isLock());
+    EXPECT_FALSE(guardian.m_isLock() || program->system.p_isLocked());
     EXPECT_EQ(prompt.takeTexts(), QStringList());
 }
 

@@ -382,10 +382,13 @@ TEST_F(SecretsTest, OnlyUsedUpChancesEndTheSessionAndAnEmptyPasswordAsksNothing)
 TEST_F(SecretsTest, AnAgedSecretIsAnnouncedRemindedOfAndForcedOnItsDays) {
     std::vector<SecretAge::Kind> renewed;
     bool renews = false;
-    SecretAge age({prompt, clock, settings(), *this, [&](SecretAge::Kind kind) {
+    bool hasPassword = true;
+    SecretAge age({prompt, clock, settings(), *this,
+                   [&](SecretAge::Kind kind) {
                        renewed.push_back(kind);
                        return renews;
-                   }});
+                   },
+                   [&] { return hasPassword; }});
     const QDateTime start = clock.now();
     const auto after = [&](int days, SecretAge::Kind kind = SecretAge::Kind::LoginKey) {
         clock.set(start.addDays(days));
@@ -413,6 +416,12 @@ TEST_F(SecretsTest, AnAgedSecretIsAnnouncedRemindedOfAndForcedOnItsDays) {
     renews = false;
     EXPECT_TRUE(after(99, SecretAge::Kind::IndependentPassword));
     EXPECT_EQ(renewed.size(), 2U);
+    settings().p_idpPwdSwitch(false);
+    settings().p_idpPwdModifyDays(30);
+    settings().p_idpPwdModifyStart(start);
+    EXPECT_FALSE(age.checkAll());
+    hasPassword = false;
+    EXPECT_TRUE(age.checkAll()) << "none is set that could be too old";
 }
 
 }  // namespace

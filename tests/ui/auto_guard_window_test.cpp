@@ -44,6 +44,9 @@ TEST_F(SessionTest, AutoGuardFormSetsTheTimesThatAreTypedAndRefusesWrongOnes) {
         return found;
     };
     logic.load();
+    program->system.p_isLocked(true);
+    EXPECT_FALSE(form.run(program->system)) << "no form opens over a locked manager";
+    program->system.p_isLocked(false);
     form.show();
     auto* minutes = part(static_cast<QLineEdit*>(nullptr), "txtAutoExit1");
     EXPECT_FALSE(minutes->isEnabled());

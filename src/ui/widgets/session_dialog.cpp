@@ -20,6 +20,11 @@ SessionDialog::SessionDialog(const char* name) : QDialog(QApplication::activeWin
 }
 
 bool SessionDialog::run(System& system) {
+    // What waited behind a box that the locking has closed still goes on, and may come to a form.
+    return !system.p_isLocked() && showModal(system);
+}
+
+bool SessionDialog::showModal(System& system) {
     system.ManageForms(*this, true);
     const bool isAccepted = exec() == QDialog::Accepted;
     system.ManageForms(*this, false);

@@ -26,13 +26,15 @@ class SessionDialog : public QDialog, public OpenForm {
     explicit SessionDialog(const char* name);
 
     /// Shows the dialog, in the table of open forms, and blocks until it closes. True when it was
-    /// accepted.
+    /// accepted. A locked manager opens none: false at once.
     bool run(System& system);
     [[nodiscard]] QString formName() const override { return objectName(); }
     void closeForm() override { reject(); }
     void activateForm() override;
 
   protected:
+    /// run() in a locked manager, too: for the form that unlocks it.
+    bool showModal(System& system);
     /// The dialog's layout, with the margins that all have; its size is fixed by its content.
     QBoxLayout* makeLayout();
     /// A row of commands: the others at its left end, OK, which Enter presses, and Cancel.
