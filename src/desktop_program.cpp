@@ -57,6 +57,7 @@
 #include "ui/session_windows.h"
 #include "ui/theme/icons.h"
 #include "ui/theme/theme.h"
+#include "wiping_heap.h"
 #include "workspace/session_end.h"
 #include "workspace_parts.h"
 
@@ -213,6 +214,8 @@ StartChecks DesktopProgram::Graph::startChecks() {
         return isProved ? QString() : databaseSelfTest(folders.temporary);
     };
     checks.initUsers = [this] {
+        // Remembered keys are the first secrets that come into memory.
+        startWipingHeap();
         autoGuard.heal();
         users.InitUsers();
         destruction.finishInterrupted();

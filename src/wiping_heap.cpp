@@ -6,9 +6,12 @@
 // to a layout, a clipboard or a message, is out of our hands; that it is overwritten as soon as it
 // is given back is not.
 
+#include "wiping_heap.h"
+
 #include <malloc.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -19,11 +22,15 @@
 // NOLINTBEGIN(bugprone-reserved-identifier): the C library's own names
 extern "C" {
 void* __libc_malloc(std::size_t size);
+void* __libc_realloc(void* piece, std::size_t size);
 void __libc_free(void* piece);
 }
 // NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
+
+/// The process has one heap, and free() no object to ask.
+std::atomic<bool> isWiping = false;
 
 /// Pieces of many pages are mapped for themselves and unmapped when freed: their content goes with
 /// the pages, and writing over those that were never touched would only bring them into being.
@@ -38,15 +45,15 @@ extern "C" void free(void* piece) noexcept {
     if (piece == nullptr) {
         return;
     }
-    if (!isMapped(piece)) {
+    if (isWiping.load(std::memory_order_relaxed) && !isMapped(piece)) {
         ::explicit_bzero(piece, ::malloc_usable_size(piece));
     }
     __libc_free(piece);
 }
 
 extern "C" void* realloc(void* piece, std::size_t size) noexcept {
-    if (piece == nullptr) {
-        return __libc_malloc(size);
+    if (piece == nullptr || !isWiping.load(std::memory_order_relaxed)) {
+        return __libc_realloc(piece, size);
     }
     if (size == 0) {
         free(piece);
@@ -63,5 +70,13 @@ extern "C" void* realloc(void* piece, std::size_t size) noexcept {
     }
     return other;
 }
+
+void keeper::startWipingHeap() {
+    isWiping.store(true, std::memory_order_relaxed);
+}
+
+#else
+
+void keeper::startWipingHeap() {}
 
 #endif
