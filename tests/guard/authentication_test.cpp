@@ -88,6 +88,19 @@ class AuthenticationTest : public SessionTest {
     const QString secret = QStringLiteral("独立pwd-77");
 };
 
+TEST_F(AuthenticationTest, AnErrorNobodyKnowsIsToldAtLoginAndDestroysNothing) {
+    turnColumnsOn();
+    leaveAndRestart();
+    program->unlocksColumns = []() -> bool { throw std::runtime_error("out of order"); };
+    EXPECT_FALSE(program->enter(key));
+    ASSERT_FALSE(prompt.boxes.empty());
+    EXPECT_EQ(prompt.boxes.back().title, QStringLiteral("未知错误"));
+    EXPECT_TRUE(prompt.boxes.back().text.contains(QStringLiteral("out of order")));
+    crashAndRestart();
+    protection->entries = {secret};
+    EXPECT_TRUE(program->enter(key)) << lastText().toStdString();
+}
+
 TEST_F(AuthenticationTest, ChancesOutliveCrashesAndSessionsUntilTheRightEntry) {
     Authentication* form = &protection->form;
     form->load(Type::IndependentPassword);

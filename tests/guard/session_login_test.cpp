@@ -32,6 +32,23 @@ TEST_F(SessionTest, FromTheWizardToTheSecondLoginNothingIsLost) {
     EXPECT_EQ(program->users.p_defaultUserName(), name);
 }
 
+TEST_F(SessionTest, TheEarlierKeySchemeOpensWhicheverLayerWearsIt) {
+    for (const bool isOuterEarlier : {true, false}) {
+        if (!program->road.g_keySchemeV2()) {
+            program->connection.rekey(SealedDatabase::GetAccessDBSec(false, key),
+                                      SealedDatabase::GetAccessDBSec(true, key),
+                                      home.path() + QStringLiteral("/moving"));
+        }
+        ASSERT_TRUE(program->sealed.CryptKVDB(isOuterEarlier, static_cast<int>(CryptMode::Seal),
+                                              true, QString()));
+        restart();
+        ASSERT_TRUE(program->enter(key)) << lastText().toStdString();
+        EXPECT_FALSE(program->resumed);
+        EXPECT_TRUE(program->road.g_keySchemeV2());
+        EXPECT_EQ(program->logged(3), isOuterEarlier ? 2 : 3);
+    }
+}
+
 TEST_F(SessionTest, WrongKeysAreCountedExactlyUntilTheBan) {
     leaveAndRestart();
     Login* login = &program->login;
