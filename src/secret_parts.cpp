@@ -25,7 +25,8 @@ SecretParts::SecretParts(const SecretPorts& ports)
                       ports.logs, m_questions, [this] { return answerQuestions(); }}),
       m_management({ports.prompt, ports.clock, ports.system, m_questions,
                     [this] { return answerQuestions(); }}),
-      m_authorities({ports.prompt, ports.clock, ports.system, ports.sealed, ports.logs}),
+      m_authorities(
+          {ports.prompt, ports.clock, ports.system, ports.connection, ports.sealed, ports.logs}),
       age({ports.prompt, ports.clock, ports.system.settings(), ports.panels,
            [this](SecretAge::Kind kind) { return renew(kind); },
            [this] { return !m_ports.sealed.IsIdpPwdNull(); }}) {}

@@ -5,7 +5,9 @@
 
 #include "app/system.h"
 #include "platform/clock.h"
+#include "platform/database.h"
 #include "platform/prompt.h"
+#include "store/failure.h"
 #include "store/sealed_database.h"
 #include "store/sys_logs.h"
 
@@ -72,14 +74,25 @@ bool Authorities::cmdOK() {
         settings.SetAuthority(isChecked(number) ? 1 : 0, number - 1);
         log.m_lCount |= isChecked(number) ? 1 << (number - 1) : 0;
     }
-    if (!settings.WriteDB(/*isNew=*/false)) {
+    log.m_dateTime = m_ports.clock.now();
+    log.m_statusNo = kAuthoritiesSet;
+    if (!write(log)) {
         settings.p_Authorities(before);
         return false;
     }
-    log.m_dateTime = m_ports.clock.now();
-    log.m_statusNo = kAuthoritiesSet;
-    m_ports.logs.Add(log);
     return true;
+}
+
+bool Authorities::write(const SysLog& log) {
+    return guarded(m_ports.prompt, QStringLiteral("dlgAuthority.cmdOK_Click"), false, [&] {
+        // One with its record: what the log does not tell has not happened.
+        Transaction transaction(m_ports.connection);
+        if (!m_ports.system.WriteDB(/*isNew=*/false) || !m_ports.logs.Add(log)) {
+            return false;
+        }
+        transaction.commit();
+        return true;
+    });
 }
 
 }  // namespace keeper

@@ -9,8 +9,10 @@
 namespace keeper {
 
 class Clock;
+class Database;
 class Prompt;
 class SealedDatabase;
+class SysLog;
 class SysLogs;
 class System;
 
@@ -25,6 +27,7 @@ class Authorities {
         Prompt& prompt;
         const Clock& clock;
         System& system;
+        Database& connection;
         const SealedDatabase& database;
         SysLogs& logs;
     };
@@ -48,6 +51,8 @@ class Authorities {
     bool cmdOK();
 
   private:
+    [[nodiscard]] bool write(const SysLog& log);
+
     Ports m_ports;
     std::array<bool, kCount> m_isChecked{};
 };

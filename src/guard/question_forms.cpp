@@ -21,12 +21,12 @@ namespace {
 constexpr int kQuestionsSet = 21;
 constexpr int kQuestionsAnswered = 22;
 
-void logQuestions(const QuestionPorts& ports, int status, int count) {
+bool logQuestions(const QuestionPorts& ports, int status, int count) {
     SysLog log;
     log.m_dateTime = ports.clock.now();
     log.m_statusNo = status;
     log.m_lCount = count;
-    ports.logs.Add(log);
+    return ports.logs.Add(log);
 }
 
 }  // namespace
@@ -143,20 +143,20 @@ bool QuestionSetting::store(int effective) {
         settings.p_sqUpdateDays(0);
     }
     settings.p_sqUpdateStart(m_ports.clock.today().startOfDay());
-    if (!write()) {
+    if (!write(effective)) {
         settings.p_sqUpdateDays(days);
         settings.p_sqUpdateStart(start);
         m_ports.prompt.messageBox(QStringLiteral("设置安全问题失败！"), Prompt::Icon::Exclamation);
         return false;
     }
-    logQuestions(m_ports, kQuestionsSet, effective);
     return true;
 }
 
-bool QuestionSetting::write() {
-    return guarded(m_ports.prompt, QStringLiteral("dlgSecureQuestion.WriteDB"), false, [this] {
+bool QuestionSetting::write(int effective) {
+    return guarded(m_ports.prompt, QStringLiteral("dlgSecureQuestion.WriteDB"), false, [&] {
         Transaction transaction(m_ports.database);
-        if (!m_ports.questions.WriteDB() || !m_ports.system.WriteDB(/*isNew=*/false)) {
+        if (!m_ports.questions.WriteDB() || !m_ports.system.WriteDB(/*isNew=*/false) ||
+            !logQuestions(m_ports, kQuestionsSet, effective)) {
             return false;
         }
         transaction.commit();
@@ -190,9 +190,23 @@ QuestionAnswering::Outcome QuestionAnswering::cmdOK(const QString& answer) {
 }
 
 void QuestionAnswering::pass() {
-    m_ports.system.settings().p_sqUpdateStart(m_ports.clock.today().startOfDay());
-    m_ports.system.WriteDB(/*isNew=*/false);
-    logQuestions(m_ports, kQuestionsAnswered, m_ports.questions.CheckEffectiveAmount());
+    Settings& settings = m_ports.system.settings();
+    const QDateTime start = settings.p_sqUpdateStart();
+    settings.p_sqUpdateStart(m_ports.clock.today().startOfDay());
+    const bool isKept =
+        guarded(m_ports.prompt, QStringLiteral("dlgSecureQuestion.cmdOK_Click"), false, [this] {
+            Transaction transaction(m_ports.database);
+            if (!m_ports.system.WriteDB(/*isNew=*/false) ||
+                !logQuestions(m_ports, kQuestionsAnswered,
+                              m_ports.questions.CheckEffectiveAmount())) {
+                return false;
+            }
+            transaction.commit();
+            return true;
+        });
+    if (!isKept) {
+        settings.p_sqUpdateStart(start);
+    }
 }
 
 }  // namespace keeper

@@ -65,7 +65,7 @@ class QuestionSetting {
     [[nodiscard]] bool confirms(int effective);
     [[nodiscard]] QString listing() const;
     [[nodiscard]] bool store(int effective);
-    [[nodiscard]] bool write();
+    [[nodiscard]] bool write(int effective);
 
     QuestionPorts m_ports;
     std::array<Item, SecureQuestions::kCount> m_items;
@@ -85,7 +85,7 @@ class QuestionAnswering {
     /// The question in turn, such as "(2)：…".
     [[nodiscard]] QString lblQuestion() const;
     /// A wrong answer is told, and the same question stays. The last right one settles the check:
-    /// its date moves to today.
+    /// its date moves to today, or stays when that cannot be stored, which is told.
     Outcome cmdOK(const QString& answer);
 
   private:

@@ -41,7 +41,8 @@ class SecretsTest : public SessionTest, public StatusPanels {
         modification.emplace(SecretModification::Ports{prompt, clock, now.system, now.connection,
                                                        now.sealed, now.logs, *questions, ask});
         management.emplace(SecretManagement::Ports{prompt, clock, now.system, *questions, ask});
-        authorities.emplace(Authorities::Ports{prompt, clock, now.system, now.sealed, now.logs});
+        authorities.emplace(
+            Authorities::Ports{prompt, clock, now.system, now.connection, now.sealed, now.logs});
     }
     /// The session ends in order, and the next one begins under `newKey`.
     void nextSession(const QString& keyNow) {
@@ -267,26 +268,44 @@ TEST_F(SecretsTest, OnlyEffectiveQuestionsAreAskedAndTheLastRightAnswerMovesTheD
 
 TEST_F(SecretsTest, AFullDiskLeavesSecretsQuestionsAndAuthoritiesAsTheyWere) {
     setThreeQuestions();
-    prompt.boxes.clear();
+    clock.advanceDays(9);
+    const QDateTime answered = settings().p_sqUpdateStart();
+    const auto expectUnchanged = [&] {
+        modification->load(KeyType::IndependentPassword);
+        prompt.answers = {Prompt::Answer::Yes, Prompt::Answer::Ok};
+        EXPECT_FALSE(modification->cmdOK({password, {}, {}, u"hint"_s}).isDone);
+        EXPECT_TRUE(program->sealed.CheckIdpPwd(password));
+        EXPECT_EQ(settings().p_idpPwdTip(), QString());
+        ASSERT_TRUE(setting->load());
+        setting->setAnswer(u"other"_s);
+        EXPECT_FALSE(setting->cmdOK());
+        EXPECT_EQ(prompt.boxes.back().text, u"设置安全问题失败！"_s);
+        ASSERT_TRUE(answering->load());
+        for (const char* answer : {"Answer 1", "Answer 4", "Answer 6"}) {
+            EXPECT_NE(answering->cmdOK(QString::fromLatin1(answer)),
+                      QuestionAnswering::Outcome::Wrong);
+        }
+        EXPECT_EQ(settings().p_sqUpdateStart(), answered);
+        authorities->load();
+        authorities->cmdAllYes();
+        EXPECT_FALSE(authorities->cmdOK());
+        EXPECT_EQ(settings().p_Authorities(), 0);
+    };
     program->connection.execute("PRAGMA query_only=ON");
-    modification->load(KeyType::IndependentPassword);
-    prompt.answers = {Prompt::Answer::Yes, Prompt::Answer::Ok};
-    EXPECT_FALSE(modification->cmdOK({password, {}, {}, u"hint"_s}).isDone);
-    EXPECT_TRUE(program->sealed.CheckIdpPwd(password));
-    EXPECT_EQ(settings().p_idpPwdTip(), QString());
-    ASSERT_TRUE(setting->load());
-    setting->setAnswer(u"other"_s);
-    EXPECT_FALSE(setting->cmdOK());
-    EXPECT_EQ(prompt.boxes.back().text, u"设置安全问题失败！"_s);
-    authorities->load();
-    authorities->cmdAllYes();
-    EXPECT_FALSE(authorities->cmdOK());
-    EXPECT_EQ(settings().p_Authorities(), 0);
+    expectUnchanged();
     management->load();
     EXPECT_EQ(management->type(Field::IdpPwdChances, u"3"_s), SecretManagement::Typed::Taken);
     EXPECT_FALSE(management->cmdOK());
     EXPECT_EQ(settings().p_idpPwdChances0(), 5);
     program->connection.execute("PRAGMA query_only=OFF");
+    // Room for all but the record.
+    program->connection.execute(
+        "CREATE TRIGGER full BEFORE INSERT ON tb_SysLog BEGIN SELECT RAISE(ABORT,'full'); END");
+    expectUnchanged();
+    QString message;
+    ASSERT_TRUE(settings().ReadDB(message));
+    EXPECT_EQ(settings().p_Authorities(), 0);
+    EXPECT_EQ(settings().p_sqUpdateStart(), answered);
     ASSERT_TRUE(questions->ReadDB());
     EXPECT_EQ(questions->question(1).m_Answer, Cryptor2::hashString(u"Answer 1"));
 }

@@ -156,7 +156,8 @@ TEST_F(SecretFormsTest, QuestionsAreKeptWhileThePersonGoesFromOneToAnotherAndAsk
 
 TEST_F(SecretFormsTest, AuthoritiesMirrorTheirBitsSpareOnesToo) {
     program->system.SetAuthority(1, 10);
-    Authorities logic({prompt, clock, program->system, program->sealed, program->logs});
+    Authorities logic(
+        {prompt, clock, program->system, program->connection, program->sealed, program->logs});
     logic.load();
     dlgAuthority form(logic);
     show(form);
