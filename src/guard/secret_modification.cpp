@@ -3,6 +3,7 @@
 
 #include "guard/secret_modification.h"
 
+#include <optional>
 #include <utility>
 
 #include "app/system.h"
@@ -63,7 +64,11 @@ bool SecretModification::cmdForget() {
         warn(QStringLiteral("仅当列级加密关闭时，安全问题才可用于重设独立密码。"));
         return false;
     }
-    if (!m_ports.questions.CanResumePwd()) {
+    const std::optional<bool> canResume = m_ports.questions.CanResumePwd();
+    if (!canResume) {
+        return false;
+    }
+    if (!*canResume) {
         warn(QStringLiteral("至少设置三个安全问题后，才可以用它们重设独立密码。"));
         return false;
     }

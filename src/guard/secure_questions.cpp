@@ -72,11 +72,13 @@ int SecureQuestions::CheckEffectiveAmount() const {
                                           [](const auto& one) { return one.m_Effective; }));
 }
 
-bool SecureQuestions::CanResumePwd() {
-    return guarded(m_prompt, QStringLiteral("dlgSecureQuestion.CanResumePwd"), false, [this] {
-        Statement count(m_database, "SELECT count(*) FROM tb_SecureQuestion WHERE Effective=1");
-        return count.step() && count.integer(0) >= kRequired;
-    });
+std::optional<bool> SecureQuestions::CanResumePwd() {
+    using Answer = std::optional<bool>;
+    return guarded(
+        m_prompt, QStringLiteral("dlgSecureQuestion.CanResumePwd"), Answer(), [this]() -> Answer {
+            Statement count(m_database, "SELECT count(*) FROM tb_SecureQuestion WHERE Effective=1");
+            return count.step() && count.integer(0) >= kRequired;
+        });
 }
 
 }  // namespace keeper

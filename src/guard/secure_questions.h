@@ -5,6 +5,7 @@
 
 #include <QString>
 #include <array>
+#include <optional>
 
 namespace keeper {
 
@@ -40,8 +41,9 @@ class SecureQuestions {
     /// The effective question behind the number `current`, with 0 the first; 0 when there is none.
     [[nodiscard]] int SearchNextEffective(int current) const;
     [[nodiscard]] int CheckEffectiveAmount() const;
-    /// Whether the stored questions are enough to reset the independent password.
-    [[nodiscard]] bool CanResumePwd();
+    /// Whether the stored questions are enough to reset the independent password; none when they
+    /// cannot be read, which was told.
+    [[nodiscard]] std::optional<bool> CanResumePwd();
 
   private:
     Database& m_database;

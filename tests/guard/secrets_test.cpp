@@ -183,6 +183,13 @@ TEST_F(SecretsTest, ANewIndependentPasswordIsKeptThroughACrashAndColumnsForbidIt
 TEST_F(SecretsTest, AnsweredQuestionsStandInForTheOldPassword) {
     modification->load(KeyType::IndependentPassword);
     EXPECT_FALSE(modification->cmdForget()) << "no question is set";
+    program->connection.execute("ALTER TABLE tb_SecureQuestion RENAME TO away");
+    EXPECT_FALSE(modification->cmdForget());
+    program->connection.execute("ALTER TABLE away RENAME TO tb_SecureQuestion");
+    const QStringList told = prompt.takeTexts();
+    ASSERT_EQ(told.size(), 2) << "a failure is told once, and is no lack of questions";
+    EXPECT_EQ(told.front(), u"至少设置三个安全问题后，才可以用它们重设独立密码。"_s);
+    EXPECT_TRUE(told.back().contains(u"]dlgSecureQuestion.CanResumePwd:"_s));
     setThreeQuestions();
     asksQuestions = false;
     EXPECT_FALSE(modification->cmdForget());
@@ -212,7 +219,7 @@ TEST_F(SecretsTest, QuestionsNeedThreeAndKeepTheirAnswersAsDigests) {
     EXPECT_FALSE(setting->cmdOK());
     EXPECT_EQ(prompt.takeTexts(), QStringList({u"您确定不使用安全问题吗？"_s,
                                                u"如果要启用安全问题，那么您必须至少设置三个。"_s}));
-    EXPECT_FALSE(questions->CanResumePwd());
+    EXPECT_EQ(questions->CanResumePwd(), false);
     setThreeQuestions();
     EXPECT_EQ(prompt.boxes.back().text,
               u"以下是您设置的全部有效的安全问题，请确认：\r\n1.问1\r\n答：Answer 1"
@@ -222,7 +229,7 @@ TEST_F(SecretsTest, QuestionsNeedThreeAndKeepTheirAnswersAsDigests) {
 
     crash(key);
     ASSERT_TRUE(questions->ReadDB());
-    EXPECT_TRUE(questions->CanResumePwd());
+    EXPECT_EQ(questions->CanResumePwd(), true);
     EXPECT_EQ(questions->question(4).m_Answer, Cryptor2::hashString(u"Answer 4"));
     // An answer stands as long as its question does.
     ASSERT_TRUE(setting->load());
