@@ -3,8 +3,8 @@
 
 #include "store/column_cipher.h"
 
-#include "crypto/cryptor3.h"
 #include "crypto/secure_wipe.h"
+#include "store/column_text.h"
 #include "store/failure.h"
 
 namespace keeper {
@@ -20,12 +20,10 @@ QString ColumnCipher::toColumn(const QString& plain) const {
         throw KeeperError(5, QStringLiteral("ColumnCipher"),
                           QStringLiteral("独立密码尚未验证，无法加密该内容。"));
     }
-    QString column = m_cryptor.EncryptString(plain, key);
-    QString again = m_cryptor.DecryptString(column, key);
-    const WipeGuard againGuard(again);
-    if (again != plain) {
+    QString column = encipheredCell(m_cryptor, plain, key);
+    if (column.isEmpty()) {
         throw KeeperError(5, QStringLiteral("ColumnCipher"),
-                          QStringLiteral("号码或密码中含有列级加密不支持的字符，未保存。"));
+                          QStringLiteral("号码或密码加密失败，未保存。"));
     }
     return column;
 }
@@ -36,7 +34,7 @@ QString ColumnCipher::toPlain(const QString& column) const {
     }
     QString key = m_key.p_plainIdpPwd();
     const WipeGuard keyGuard(key);
-    return m_cryptor.DecryptString(column, key);
+    return decipheredCell(m_cryptor, column, key);
 }
 
 }  // namespace keeper

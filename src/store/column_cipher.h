@@ -28,9 +28,8 @@ class ColumnCipher {
     [[nodiscard]] bool isOn() const { return m_key.p_idpPwdSwitch(); }
 
     /// What the column holds for a value: the value itself while the switch is off. Throws
-    /// KeeperError 5 when the cipher text would not read back as the same value (a character that
-    /// the cipher's code page lacks, or no verified password), because storing it would lose the
-    /// value.
+    /// KeeperError 5 when the cell would not read back as the same value (no verified password, a
+    /// failing cipher), because storing it would lose the value.
     [[nodiscard]] QString toColumn(const QString& plain) const;
     /// The value behind a column. An empty text stays empty. A wrong key gives a wrong text.
     [[nodiscard]] QString toPlain(const QString& column) const;

@@ -5,11 +5,11 @@
 
 #include <array>
 
-#include "crypto/cryptor3.h"
 #include "crypto/secure_wipe.h"
 #include "platform/database.h"
 #include "platform/event_loop.h"
 #include "store/column_cipher.h"
+#include "store/column_text.h"
 #include "store/failure.h"
 
 namespace keeper {
@@ -140,20 +140,23 @@ std::vector<ColumnCryption::Cell> ColumnCryption::readCells(const Column& column
 }
 
 QString ColumnCryption::converted(const Cell& cell, const Column& column) {
-    QString content = m_isEnciphering ? m_cryptor.EncryptString(cell.content, m_password)
-                                      : m_cryptor.DecryptString(cell.content, m_password);
-    QString again = m_isEnciphering ? m_cryptor.DecryptString(content, m_password)
-                                    : m_cryptor.EncryptString(content, m_password);
-    const WipeGuard wipe(again);
-    if (content.isEmpty() || again != cell.content) {
-        secureWipe(content);
-        throw KeeperError(
-            5, QStringLiteral("ColumnCryption"),
-            QString::fromUtf16(column.place).arg(cell.place) +
-                (m_isEnciphering ? QStringLiteral("含有列级加密不支持的字符，请修改后再开启。")
-                                 : QStringLiteral("不是当前独立密码下的密文，无法解密。")));
+    const auto fail = [&](const QString& what) {
+        throw KeeperError(5, QStringLiteral("ColumnCryption"),
+                          QString::fromUtf16(column.place).arg(cell.place) + what);
+    };
+    if (m_isEnciphering) {
+        QString enciphered = encipheredCell(m_cryptor, cell.content, m_password);
+        if (enciphered.isEmpty()) {
+            fail(QStringLiteral("加密失败。"));
+        }
+        return enciphered;
     }
-    return content;
+    QString plain = decipheredCell(m_cryptor, cell.content, m_password);
+    if (plain.isEmpty() || encipheredCell(m_cryptor, plain, m_password) != cell.content) {
+        secureWipe(plain);
+        fail(QStringLiteral("不是当前独立密码下的密文，无法解密。"));
+    }
+    return plain;
 }
 
 void ColumnCryption::countCell() {
