@@ -49,6 +49,31 @@ TEST_F(SessionTest, TheEarlierKeySchemeOpensWhicheverLayerWearsIt) {
     }
 }
 
+TEST_F(SessionTest, ADatabaseOfTheSameNameInAnotherFolderIsJudgedByItself) {
+    const QString other = home.path(QStringLiteral("elsewhere/")) + QFileInfo(folder).fileName();
+    restart();
+    QDir().mkpath(other);
+    program->login.setStartFolder(other);
+    program->login.activate();
+    EXPECT_TRUE(lastText().contains(QStringLiteral("其工作副本属于另一个私人文件夹")));
+    EXPECT_EQ(stored()->p_privateFolder(), folder);
+    ASSERT_TRUE(program->enter(key));
+    prompt.boxes.clear();
+    leaveAndRestart();
+
+    QFile::copy(sealedFile, other + QLatin1Char('/') + QFileInfo(sealedFile).fileName());
+    program->login.setStartFolder(other);
+    prompt.answers = {Prompt::Answer::No};
+    program->login.activate();
+    program->typeAndLogIn(QStringLiteral("wrong key"));
+    EXPECT_TRUE(lastText().startsWith(QStringLiteral("本机没有登录过这个密码数据库")));
+    EXPECT_EQ(program->login.m_result(), Result::End) << "a refused blind test tries nothing";
+    prompt.answers = {Prompt::Answer::Yes};
+    ASSERT_TRUE(program->enter(key)) << lastText().toStdString();
+    EXPECT_EQ(stored()->p_privateFolder(), other);
+    EXPECT_TRUE(QFileInfo::exists(sealedFile));
+}
+
 TEST_F(SessionTest, WrongKeysAreCountedExactlyUntilTheBan) {
     leaveAndRestart();
     Login* login = &program->login;
