@@ -52,6 +52,17 @@ TEST(QtPrompt, ShowsPlainTextWithBreaksAndTheProgramsNameWhenThereIsNoTitle) {
         Answer::Ok);
 }
 
+TEST(QtPrompt, ABoxThatIsTakenAwayIsNoConsent) {
+    for (const auto& [buttons, answer] :
+         {std::pair{Buttons::OkCancel, Answer::Cancel}, std::pair{Buttons::YesNo, Answer::No},
+          std::pair{Buttons::YesNoCancel, Answer::Cancel}}) {
+        QTimer poll;
+        whenModal(poll, [](QWidget& window) { dynamic_cast<QDialog&>(window).reject(); });
+        EXPECT_EQ(QtPrompt().messageBox(QStringLiteral("?"), Prompt::Icon::Question, buttons),
+                  answer);
+    }
+}
+
 TEST(QtPrompt, EachWayOutOfABoxGivesItsAnswer) {
     struct Row {
         Buttons buttons;

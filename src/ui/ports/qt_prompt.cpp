@@ -146,7 +146,9 @@ Prompt::Answer QtPrompt::messageBox(const QString& text, Icon icon, Buttons butt
     for (QAbstractButton* button : box.buttons()) {
         button->setText(buttonText(box.standardButton(button)));
     }
-    switch (box.exec()) {
+    const int pressed = box.exec();
+    // A lock or the end of the program takes the box away without a button, and is no consent.
+    switch (pressed == QMessageBox::NoButton ? set.escape : pressed) {
         case QMessageBox::Yes:
             return Answer::Yes;
         case QMessageBox::No:
