@@ -22,8 +22,9 @@ void DesktopScreenLock::start() {
         return;
     }
     // By the interface alone: the path differs between desktops, and so may the sender's name.
-    for (const char* interface : {"org.freedesktop.ScreenSaver", "org.gnome.ScreenSaver",
-                                  "org.mate.ScreenSaver", "org.cinnamon.ScreenSaver"}) {
+    for (const char* interface :
+         {"org.freedesktop.ScreenSaver", "org.gnome.ScreenSaver", "org.mate.ScreenSaver",
+          "org.cinnamon.ScreenSaver", "org.xfce.ScreenSaver"}) {
         m_bus->connect(QString(), QString(), QString::fromLatin1(interface),
                        QStringLiteral("ActiveChanged"), this, SLOT(onActiveChanged(bool)));
     }

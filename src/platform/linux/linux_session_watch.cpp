@@ -3,11 +3,15 @@
 
 #include "platform/linux/linux_session_watch.h"
 
+#include <unistd.h>
+
 #include <QCoreApplication>
+#include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
+#include <QDBusReply>
+#include <QDBusVariant>
 #include <QGuiApplication>
 #include <QSessionManager>
 
@@ -25,6 +29,14 @@ QString logindPath() {
 QString managerInterface() {
     return QStringLiteral("org.freedesktop.login1.Manager");
 }
+
+QDBusMessage toManager(const QString& method) {
+    return QDBusMessage::createMethodCall(logindService(), logindPath(), managerInterface(),
+                                          method);
+}
+
+const QString kSession = QStringLiteral("org.freedesktop.login1.Session");
+const QString kProperties = QStringLiteral("org.freedesktop.DBus.Properties");
 
 }  // namespace
 
@@ -64,49 +76,96 @@ void LinuxSessionWatch::watchLogind() {
                    QStringLiteral("PrepareForSleep"), this, SLOT(onPrepareForSleep(bool)));
     takeInhibitor();
 
-    QDBusMessage question = QDBusMessage::createMethodCall(
-        logindService(), logindPath(), managerInterface(), QStringLiteral("GetSessionByPID"));
-    question << static_cast<uint>(QCoreApplication::applicationPid());
-    auto* answer = new QDBusPendingCallWatcher(m_bus->asyncCall(question), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
-        answer->deleteLater();
-        const QDBusPendingReply<QDBusObjectPath> session = *answer;
-        if (!session.isError()) {
-            m_bus->connect(logindService(), session.value().path(),
-                           QStringLiteral("org.freedesktop.login1.Session"), QStringLiteral("Lock"),
-                           this, SLOT(onSessionLock()));
+    // For logind a program that the person's own services have started belongs to no session.
+    const QString name = qEnvironmentVariable("XDG_SESSION_ID");
+    QDBusMessage question = toManager(name.isEmpty() ? QStringLiteral("GetSessionByPID")
+                                                     : QStringLiteral("GetSession"));
+    question << (name.isEmpty() ? QVariant(static_cast<uint>(QCoreApplication::applicationPid()))
+                                : QVariant(name));
+    ask(question, [this](const QDBusMessage& answer) {
+        const QDBusReply<QDBusObjectPath> session = answer;
+        if (session.isValid()) {
+            watchSession(session.value().path());
+        } else {
+            findDisplaysSession();
         }
     });
 }
 
+/// The session of the person's screen.
+void LinuxSessionWatch::findDisplaysSession() {
+    QDBusMessage question = toManager(QStringLiteral("GetUser"));
+    question << static_cast<uint>(::getuid());
+    ask(question, [this](const QDBusMessage& answer) {
+        const QDBusReply<QDBusObjectPath> user = answer;
+        if (!user.isValid()) {
+            return;
+        }
+        QDBusMessage property = QDBusMessage::createMethodCall(logindService(), user.value().path(),
+                                                               kProperties, QStringLiteral("Get"));
+        property << QStringLiteral("org.freedesktop.login1.User") << QStringLiteral("Display");
+        ask(property, [this](const QDBusMessage& display) {
+            const auto pair = display.arguments().value(0).value<QDBusVariant>().variant();
+            QString name;
+            QDBusObjectPath session;
+            if (pair.canConvert<QDBusArgument>()) {
+                const auto fields = pair.value<QDBusArgument>();
+                fields.beginStructure();
+                fields >> name >> session;
+                fields.endStructure();
+            }
+            if (!name.isEmpty()) {
+                watchSession(session.path());
+            }
+        });
+    });
+}
+
+void LinuxSessionWatch::watchSession(const QString& path) {
+    m_bus->connect(logindService(), path, kSession, QStringLiteral("Lock"), this,
+                   SLOT(onSessionLock()));
+    // Some desktops lock by themselves, and only say so here.
+    m_bus->connect(logindService(), path, kProperties, QStringLiteral("PropertiesChanged"), this,
+                   SLOT(onSessionChanged(QString, QVariantMap)));
+}
+
+void LinuxSessionWatch::ask(const QDBusMessage& question,
+                            std::function<void(const QDBusMessage&)> answered) {
+    auto* answer = new QDBusPendingCallWatcher(m_bus->asyncCall(question), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this,
+            [answer, answered = std::move(answered)] {
+                // It keeps a second copy of a descriptor, and logind waits for both.
+                answer->deleteLater();
+                answered(answer->reply());
+            });
+}
+
 void LinuxSessionWatch::takeInhibitor() {
     m_isInhibitorWanted = true;
-    QDBusMessage request = QDBusMessage::createMethodCall(
-        logindService(), logindPath(), managerInterface(), QStringLiteral("Inhibit"));
+    QDBusMessage request = toManager(QStringLiteral("Inhibit"));
     request << QStringLiteral("shutdown:sleep") << QStringLiteral("Morvane Keeper")
             << QStringLiteral("正在加密密码数据库") << QStringLiteral("delay");
-    auto* answer = new QDBusPendingCallWatcher(m_bus->asyncCall(request), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
-        // The watcher keeps a second copy of the descriptor, and logind waits for both.
-        answer->deleteLater();
-        const QDBusPendingReply<QDBusUnixFileDescriptor> reply = *answer;
-        if (!reply.isError() && m_isInhibitorWanted) {
-            m_inhibitor = reply.value();
+    ask(request, [this](const QDBusMessage& answer) {
+        const QDBusReply<QDBusUnixFileDescriptor> reply = answer;
+        if (reply.isValid() && m_isInhibitorWanted) {
+            m_inhibitor = std::make_shared<const QDBusUnixFileDescriptor>(reply.value());
         }
     });
 }
 
 void LinuxSessionWatch::releaseInhibitor() {
     m_isInhibitorWanted = false;
-    m_inhibitor = QDBusUnixFileDescriptor();
+    m_inhibitor.reset();
 }
 
 void LinuxSessionWatch::onPrepareForShutdown(bool isBeginning) {
     if (isBeginning) {
+        // The inhibitor goes with the process: the sealing may have to wait for what is running.
         tellEnding(Ending::Shutdown);
-        releaseInhibitor();
-    } else {
-        m_isEnding = false;  // called off
+        return;
+    }
+    m_isEnding = false;  // called off
+    if (!m_inhibitor) {
         takeInhibitor();
     }
 }
@@ -123,6 +182,12 @@ void LinuxSessionWatch::onPrepareForSleep(bool isBeginning) {
 
 void LinuxSessionWatch::onSessionLock() {
     Q_EMIT lockRequested();
+}
+
+void LinuxSessionWatch::onSessionChanged(const QString& interface, const QVariantMap& changed) {
+    if (interface == kSession && changed.value(QStringLiteral("LockedHint")).toBool()) {
+        Q_EMIT lockRequested();
+    }
 }
 
 void LinuxSessionWatch::tellEnding(Ending how) {

@@ -5,12 +5,14 @@
 
 #include <QDBusConnection>
 #include <QDBusUnixFileDescriptor>
+#include <QVariantMap>
+#include <functional>
 #include <memory>
 
 #include "platform/linux/unix_signals.h"
 #include "platform/session_watch.h"
 
-class QSessionManager;
+class QDBusMessage;
 
 namespace keeper {
 
@@ -26,22 +28,27 @@ class LinuxSessionWatch final : public SessionWatch {
     ~LinuxSessionWatch() override;
 
     void start() override;
-    [[nodiscard]] bool canDelay() const override { return m_inhibitor.isValid(); }
+    [[nodiscard]] bool canDelay() const override { return m_inhibitor != nullptr; }
+    [[nodiscard]] std::shared_ptr<const void> hold() const override { return m_inhibitor; }
 
   private Q_SLOTS:
     void onPrepareForShutdown(bool isBeginning);
     void onPrepareForSleep(bool isBeginning);
     void onSessionLock();
+    void onSessionChanged(const QString& interface, const QVariantMap& changed);
 
   private:
     void watchLogind();
+    void findDisplaysSession();
+    void watchSession(const QString& path);
+    void ask(const QDBusMessage& question, std::function<void(const QDBusMessage&)> answered);
     void takeInhibitor();
     void releaseInhibitor();
     void tellEnding(Ending how);
 
     std::unique_ptr<QDBusConnection> m_bus;
     std::unique_ptr<UnixSignals> m_signals;
-    QDBusUnixFileDescriptor m_inhibitor;
+    std::shared_ptr<const QDBusUnixFileDescriptor> m_inhibitor;
     /// A wish that was answered by release before the descriptor came.
     bool m_isInhibitorWanted = false;
     bool m_isStarted = false;
