@@ -68,6 +68,7 @@ AutoGuardian::Ports AutoGuardParts::guardianPorts() {
             [this](bool isLocked) { return tray.SetLockState(isLocked); },
             [this] { m_session.clipboard.clear(); },
             [this](bool isConcealed) { conceal(isConcealed); },
+            [this](std::function<void()> todo) { whenConcealed(std::move(todo)); },
             m_session.runSeconds,
             [this] { afterUnlocking(); },
             [this](bool bManually) { return stopConversionFirst(bManually); }};
@@ -111,7 +112,11 @@ void AutoGuardParts::connectDesktop() {
     const auto lock = [this] { lockWithDesktop(); };
     connect(&m_screen, &ScreenLock::locked, this, lock);
     connect(&m_session.sessionWatch, &SessionWatch::lockRequested, this, lock);
-    connect(&m_session.sessionWatch, &SessionWatch::goingToSleep, this, lock);
+    connect(&m_session.sessionWatch, &SessionWatch::goingToSleep, this, [this] {
+        m_awake = m_session.sessionWatch.hold();
+        lockWithDesktop();
+        letSleep();
+    });
 }
 
 void AutoGuardParts::start() {
@@ -128,13 +133,13 @@ void AutoGuardParts::tick() {
 }
 
 void AutoGuardParts::whenUnlocked(std::function<void()> todo) {
-    m_todo = std::move(todo);
+    m_whenUnlocked = std::move(todo);
 }
 
 void AutoGuardParts::afterUnlocking() {
     timers.armLock();
-    if (m_todo) {
-        QTimer::singleShot(0, this, std::exchange(m_todo, nullptr));
+    if (m_whenUnlocked) {
+        QTimer::singleShot(0, this, std::exchange(m_whenUnlocked, nullptr));
     }
 }
 
@@ -143,7 +148,12 @@ bool AutoGuardParts::stopConversionFirst(bool bManually) {
     if (!m_session.stopsConversion()) {
         return false;
     }
-    QTimer::singleShot(kRetry, this, [this, bManually] { guardian.LockInstantly(bManually); });
+    m_isLockPutOff = true;
+    QTimer::singleShot(kRetry, this, [this, bManually] {
+        m_isLockPutOff = false;
+        guardian.LockInstantly(bManually);
+        letSleep();
+    });
     return true;
 }
 
@@ -155,6 +165,7 @@ void AutoGuardParts::lockWithDesktop() {
 
 void AutoGuardParts::conceal(bool isConcealed) {
     m_isConcealWanted = isConcealed;
+    m_whenConcealed = nullptr;
     if (isConcealed) {
         closeModalWindows();
         concealWhenNothingRuns();
@@ -179,6 +190,24 @@ void AutoGuardParts::concealWhenNothingRuns() {
     m_columnKey.conceal({&place, 1}, m_session.random);
     m_session.system.p_plainIdpPwd(QString());
     m_session.connection.forgetPages();
+    letSleep();
+    if (m_whenConcealed) {
+        std::exchange(m_whenConcealed, nullptr)();
+    }
+}
+
+void AutoGuardParts::whenConcealed(std::function<void()> todo) {
+    if (m_isConcealWanted) {
+        m_whenConcealed = std::move(todo);
+    } else {
+        todo();
+    }
+}
+
+void AutoGuardParts::letSleep() {
+    if (!m_isLockPutOff && !m_isConcealWanted) {
+        m_awake.reset();
+    }
 }
 
 void AutoGuardParts::reveal() {
@@ -193,16 +222,20 @@ void AutoGuardParts::reveal() {
 }
 
 void AutoGuardParts::showLockWindow(bool isShown) {
+    // Never deleted before the end: the dialog that unlocks stands over it, and runs still when a
+    // session that ends takes the window away.
     if (!isShown) {
-        m_lockWindow.reset();
+        if (m_lockWindow) {
+            m_lockWindow->hide();
+        }
         return;
     }
-    m_lockWindow = std::make_unique<LockWindow>(
-        m_session.system.p_userName(),
-        // Unlocking takes the window away, and the button that was pressed with it.
-        [this] { QTimer::singleShot(0, this, [this] { tray.tryUnlock(); }); },
-        [this] { QTimer::singleShot(0, this, [this] { m_session.endSession(AutoExit::None); }); });
-    m_lockWindow->show();
+    if (!m_lockWindow) {
+        m_lockWindow = std::make_unique<LockWindow>(
+            m_session.system.p_userName(), [this] { tray.tryUnlock(); },
+            [this] { m_session.endSession(AutoExit::None); });
+    }
+    m_lockWindow->showNormal();
 }
 
 void AutoGuardParts::showSettings() {

@@ -86,6 +86,8 @@ class AutoGuardParts : public QObject {
     void connectDesktop();
     void conceal(bool isConcealed);
     void concealWhenNothingRuns();
+    void whenConcealed(std::function<void()> todo);
+    void letSleep();
     void reveal();
     void showLockWindow(bool isShown);
     void lockWithDesktop();
@@ -103,8 +105,12 @@ class AutoGuardParts : public QObject {
     /// The password of column encryption, while the manager is locked.
     ConcealedTexts m_columnKey;
     bool m_isConcealWanted = false;
+    bool m_isLockPutOff = false;
     bool m_isRunning = false;
-    std::function<void()> m_todo;
+    std::function<void()> m_whenConcealed;
+    std::function<void()> m_whenUnlocked;
+    /// Keeps the machine awake until a lock is complete.
+    std::shared_ptr<const void> m_awake;
 
   public:
     AutoGuardian guardian;

@@ -37,10 +37,9 @@ void AutoGuardian::LockInstantly(bool bManually) {
         }
         m_ports.system.CloseForms();
         m_ports.concealSecrets(true);
-        // Last, since its warning waits for an answer.
         if (!m_ports.folder.lock(m_ports.system.p_privateFolder())) {
-            m_ports.prompt.messageBox(QStringLiteral("私人文件夹未能正确锁定！"),
-                                      Prompt::Icon::Exclamation);
+            // A box that waits for its answer would keep the secrets where they are.
+            m_ports.whenConcealed([this] { warnOfFreeFolder(); });
         }
     });
 }
@@ -59,6 +58,13 @@ void AutoGuardian::UnlockInstantly(bool bExit) {
             m_ports.unlocked();
         }
     });
+}
+
+void AutoGuardian::warnOfFreeFolder() {
+    if (m_isLocked) {
+        m_ports.prompt.messageBox(QStringLiteral("私人文件夹未能正确锁定！"),
+                                  Prompt::Icon::Exclamation);
+    }
 }
 
 void AutoGuardian::log(int status) {

@@ -31,6 +31,8 @@ class AutoGuardian {
         std::function<void()> clearClipboard;
         /// Takes the session's secrets out of memory, or brings them back.
         std::function<void(bool isConcealed)> concealSecrets;
+        /// Runs `todo` as soon as they are out of it, which may have to wait for what is running.
+        std::function<void(std::function<void()> todo)> whenConcealed;
         /// Seconds that the session has run.
         std::function<qint64()> runSeconds;
         /// Behind each unlocking that does not end the session.
@@ -51,6 +53,7 @@ class AutoGuardian {
     [[nodiscard]] bool m_isLock() const { return m_isLocked; }
 
   private:
+    void warnOfFreeFolder();
     void log(int status);
 
     Ports m_ports;

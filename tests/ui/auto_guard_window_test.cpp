@@ -33,7 +33,7 @@ TEST_F(SessionTest, AutoGuardFormSetsTheTimesThatAreTypedAndRefusesWrongOnes) {
     prompt.boxes.clear();
     NoNeighbours near;
     AutoGuardian guardian(
-        {prompt, clock, program->system, program->logs, near, {}, {}, {}, {}, {}});
+        {prompt, clock, program->system, program->logs, near, {}, {}, {}, {}, {}, {}});
     GuardTimers timers({program->system, near, guardian, near, {}});
     AutoGuardSettings logic({prompt, clock, program->system, program->logs, timers});
     dlgAutoGuard form(logic);
