@@ -33,6 +33,9 @@ void AutoGuardSettings::load() {
     m_frames.at(fraAutoExit).option = static_cast<int>(m_ports.timers.m_autoExit());
     setTotal(fraAutoExit, m_ports.timers.m_autoExitSecs());
     m_locksWithScreen = settings.p_lockWithScreen();
+    m_hint = m_ports.timers.isDesktopWide()
+                 ? QString()
+                 : QStringLiteral("此桌面不提供空闲时间，只能按本程序窗口内的操作计算。");
     tell();
 }
 
@@ -138,6 +141,9 @@ void AutoGuardSettings::cmdOK(Frame frame) {
 
 void AutoGuardSettings::storeLock() {
     Settings& settings = m_ports.system.settings();
+    const bool wasOn = settings.p_autoLock();
+    const std::int32_t secondsBefore = settings.p_autoLockSecs();
+    const bool withScreenBefore = settings.p_lockWithScreen();
     const bool isOn = m_frames.at(fraAutoLock).option != 0;
     settings.p_autoLock(isOn);
     if (isOn) {
@@ -145,7 +151,12 @@ void AutoGuardSettings::storeLock() {
     }
     settings.p_lockWithScreen(m_locksWithScreen);
     // At once: a session that crashes must not come back without its lock.
-    m_ports.system.WriteDB(/*isNew=*/false);
+    if (!m_ports.system.WriteDB(/*isNew=*/false)) {
+        settings.p_autoLock(wasOn);
+        settings.p_autoLockSecs(secondsBefore);
+        settings.p_lockWithScreen(withScreenBefore);
+        return;
+    }
     m_isLockSet = true;
     log(isOn ? kLockOn : kLockOff);
     m_ports.prompt.messageBox(QStringLiteral("自动锁定设置成功！关闭本对话框后生效。"),

@@ -58,6 +58,8 @@ class AutoGuardSettings {
     void type(Frame frame, Unit unit, const QString& text);
     void spin(Frame frame, Unit unit, int value);
 
+    /// Said beside the idle lock; empty where there is nothing to say.
+    [[nodiscard]] const QString& hint() const { return m_hint; }
     [[nodiscard]] bool locksWithScreen() const { return m_locksWithScreen; }
     void locksWithScreen(bool value) { m_locksWithScreen = value; }
 
@@ -86,6 +88,7 @@ class AutoGuardSettings {
 
     Ports m_ports;
     std::array<FrameState, kFrames> m_frames;
+    QString m_hint;
     bool m_locksWithScreen = true;
     bool m_isLockSet = false;
     bool m_isExitSet = false;

@@ -38,6 +38,10 @@ void GuardTimers::setAutoExit(AutoExit mode, std::int32_t seconds) {
     showTimeLeft();
 }
 
+bool GuardTimers::isDesktopWide() const {
+    return m_ports.idle.isDesktopWide();
+}
+
 void GuardTimers::tmrGuardLock() {
     const auto idle = m_ports.idle.sinceLastInput();
     if (!idle) {

@@ -38,6 +38,8 @@ class GuardTimers {
     /// Starts the countdown of `m_autoExitSecs`, or stops it for the mode None.
     void armExit();
 
+    /// Whether the idle time counts the input in all programs, and not in this one alone.
+    [[nodiscard]] bool isDesktopWide() const;
     [[nodiscard]] bool isLockArmed() const { return m_isLockArmed; }
     [[nodiscard]] bool isExitArmed() const { return m_isExitArmed; }
     [[nodiscard]] AutoExit m_autoExit() const { return m_exitMode; }

@@ -3,6 +3,7 @@
 
 #include "ui/dlg_auto_guard.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -63,6 +64,14 @@ dlgAutoGuard::dlgAutoGuard(AutoGuardSettings& logic)
     cmdCancel->setAutoDefault(false);
     connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
     layout->addWidget(cmdCancel, 0, Qt::AlignRight);
+    // Enter is for the frame where the person works.
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget* /*old*/, QWidget* now) {
+        for (const FrameControls& controls : m_frames) {
+            if (controls.box->isAncestorOf(now)) {
+                controls.cmdOK->setDefault(true);
+            }
+        }
+    });
     m_logic.changed = [this] { updateState(); };
     updateState();
 }
@@ -97,6 +106,12 @@ QGroupBox* dlgAutoGuard::buildFrame(Frame frame) {
         connect(chkScreenLock, &QCheckBox::clicked, this,
                 [this](bool isOn) { m_logic.locksWithScreen(isOn); });
         layout->addWidget(chkScreenLock);
+        if (!m_logic.hint().isEmpty()) {
+            auto* hint = new QLabel(m_logic.hint(), box);
+            hint->setObjectName(QStringLiteral("lblHint"));
+            hint->setWordWrap(true);
+            layout->addWidget(hint);
+        }
     }
     controls.cmdOK = new QPushButton(QStringLiteral("确定"), box);
     controls.cmdOK->setObjectName(QStringLiteral("cmdOK%1").arg(static_cast<int>(frame)));

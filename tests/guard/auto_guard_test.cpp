@@ -76,6 +76,7 @@ class Neighbours final : public FolderLock,
     }
     [[nodiscard]] bool isLocked() const override { return isPinned; }
     [[nodiscard]] std::optional<qint64> sinceLastInput() override { return idle; }
+    [[nodiscard]] bool isDesktopWide() override { return true; }
     void setPanel(StatusPanel panel, const QString& text) override {
         EXPECT_EQ(statusPanelKey(panel), u"AEStatus"_s);
         countdown = text;

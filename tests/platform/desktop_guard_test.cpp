@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
+#include <QKeyEvent>
 #include <QProcess>
 #include <QSignalSpy>
 
@@ -58,15 +60,35 @@ TEST(IdleTime, CountsFromTheLastInputOfARealServer) {
     server.waitForFinished();
 }
 
-TEST(IdleTime, ComesFromTheDesktopsServiceWhereThereIsNoServerAndIsUnknownWithoutBoth) {
+TEST(IdleTime, ComesFromTheDesktopsServiceWhereThereIsNoServerAndFromOwnEventsWithoutBoth) {
     PrivateBus bus;
-    EXPECT_FALSE(DesktopIdleTime(QByteArray(), bus.connection()).sinceLastInput().has_value());
+    {
+        DesktopIdleTime own(QByteArray(), bus.connection());
+        EXPECT_FALSE(own.isDesktopWide());
+        ASSERT_TRUE(own.sinceLastInput().has_value());
+        QTest::qWait(60);
+        EXPECT_GE(*own.sinceLastInput(), 50);
+        QKeyEvent key(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier);
+        QCoreApplication::sendEvent(qApp, &key);
+        EXPECT_LT(*own.sinceLastInput(), 50);
+    }
     const QString service = u"org.gnome.Mutter.IdleMonitor"_s;
     const QString path = u"/org/gnome/Mutter/IdleMonitor/Core"_s;
     bus.mock({service, path, service}, service);
     askMock(bus, service, path, u"AddMethod"_s,
             {service, u"GetIdletime"_s, QString(), u"t"_s, u"ret = 4321"_s});
-    EXPECT_EQ(DesktopIdleTime(QByteArray(), bus.connection()).sinceLastInput(), 4321);
+    DesktopIdleTime idle(QByteArray(), bus.connection());
+    EXPECT_EQ(idle.sinceLastInput(), 4321);
+    EXPECT_TRUE(idle.isDesktopWide());
+    // One answer that is late leaves the time unknown for that moment alone.
+    askMock(bus, service, path, u"AddMethod"_s,
+            {service, u"GetIdletime"_s, QString(), u"t"_s,
+             u"import time; n = self.late = getattr(self, 'late', 0) + 1; "
+             "time.sleep(0.3 if n == 1 else 0); ret = 5000 + n"_s});
+    EXPECT_FALSE(idle.sinceLastInput().has_value());
+    EXPECT_TRUE(idle.isDesktopWide());
+    QTest::qWait(600);
+    EXPECT_EQ(idle.sinceLastInput(), 5002);
 }
 
 TEST(ScreenLock, TellsThatTheDesktopHasLockedAndNotThatItHasUnlocked) {

@@ -26,6 +26,7 @@ class NoNeighbours final : public IdleTime, public StatusPanels, public FolderLo
     void unlock() override {}
     [[nodiscard]] bool isLocked() const override { return false; }
     [[nodiscard]] std::optional<qint64> sinceLastInput() override { return std::nullopt; }
+    [[nodiscard]] bool isDesktopWide() override { return false; }
     void setPanel(StatusPanel /*panel*/, const QString& /*text*/) override {}
 };
 
@@ -63,6 +64,14 @@ TEST_F(SessionTest, AutoGuardFormSetsTheTimesThatAreTypedAndRefusesWrongOnes) {
     EXPECT_EQ(lastText(), u"自动退出设置成功！关闭本对话框后生效。"_s);
     EXPECT_EQ(timers.m_autoExit(), AutoExit::Close);
     EXPECT_EQ(timers.m_autoExitSecs(), 181);
+    EXPECT_FALSE(logic.hint().isEmpty()) << "no idle time from this desktop";
+    // Enter stores the frame where the person is, and no other.
+    timers.setAutoExit(AutoExit::None, 0);
+    form.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
+    minutes->setFocus();
+    QTest::keyClick(minutes, Qt::Key_Return);
+    EXPECT_EQ(timers.m_autoExit(), AutoExit::Close);
 }
 
 }  // namespace

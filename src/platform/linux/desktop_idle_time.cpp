@@ -3,9 +3,13 @@
 
 #include "platform/linux/desktop_idle_time.h"
 
+#include <QDBusError>
 #include <QDBusMessage>
-#include <QDBusReply>
+#include <algorithm>
 #include <array>
+#include <utility>
+
+#include "platform/linux/own_input.h"
 
 // The X headers last: they define words such as None and Bool.
 #include <X11/Xlib.h>
@@ -28,9 +32,11 @@ constexpr std::array kIdleServices{
     IdleService{"org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
                 "org.freedesktop.ScreenSaver", "GetSessionIdleTime"}};
 
-/// The question comes each second on the one thread: a service that hangs must not be felt.
+/// The question comes each second on the one thread: a service that hangs must not be felt, and one
+/// that was slow once must not cost the lock.
 constexpr int kPatienceMilliseconds = 150;
-constexpr qint64 kSilenceMilliseconds = 60'000;
+constexpr std::chrono::milliseconds kShortestPause{500};
+constexpr std::chrono::milliseconds kLongestPause{60'000};
 
 }  // namespace
 
@@ -52,8 +58,22 @@ DesktopIdleTime::~DesktopIdleTime() {
 }
 
 std::optional<qint64> DesktopIdleTime::sinceLastInput() {
-    const auto idle = askServer();
-    return idle ? idle : askDesktop();
+    auto idle = askServer();
+    if (!idle) {
+        idle = askDesktop();
+    }
+    // A desktop that has told before is only slow.
+    if (idle || m_hasAnswered) {
+        return idle;
+    }
+    if (!m_ownInput) {
+        m_ownInput = std::make_unique<OwnInput>();
+    }
+    return m_ownInput->elapsed();
+}
+
+bool DesktopIdleTime::isDesktopWide() {
+    return askServer() || askDesktop() || m_hasAnswered;
 }
 
 std::optional<qint64> DesktopIdleTime::askServer() {
@@ -76,27 +96,31 @@ std::optional<qint64> DesktopIdleTime::askServer() {
 }
 
 std::optional<qint64> DesktopIdleTime::askDesktop() {
-    if (m_silence.isValid() && m_silence.elapsed() < kSilenceMilliseconds) {
+    if (m_silence.isValid() && m_silence.elapsed() < m_pause.count()) {
         return std::nullopt;
     }
     if (!m_bus) {
         m_bus = std::make_unique<QDBusConnection>(QDBusConnection::sessionBus());
     }
-    if (m_bus->isConnected()) {
-        for (const IdleService& idle : kIdleServices) {
-            QDBusMessage question = QDBusMessage::createMethodCall(
-                QString::fromLatin1(idle.service), QString::fromLatin1(idle.path),
-                QString::fromLatin1(idle.interface), QString::fromLatin1(idle.method));
-            question.setAutoStartService(false);
-            const QDBusMessage answer = m_bus->call(question, QDBus::Block, kPatienceMilliseconds);
-            bool isNumber = false;
-            const qint64 milliseconds = answer.arguments().value(0).toLongLong(&isNumber);
-            if (answer.type() == QDBusMessage::ReplyMessage && isNumber) {
-                m_silence.invalidate();
-                return milliseconds;
-            }
+    bool isSlow = false;
+    for (const IdleService& idle : kIdleServices) {
+        QDBusMessage question = QDBusMessage::createMethodCall(
+            QString::fromLatin1(idle.service), QString::fromLatin1(idle.path),
+            QString::fromLatin1(idle.interface), QString::fromLatin1(idle.method));
+        question.setAutoStartService(false);
+        const QDBusMessage answer = m_bus->call(question, QDBus::Block, kPatienceMilliseconds);
+        bool isNumber = false;
+        const qint64 milliseconds = answer.arguments().value(0).toLongLong(&isNumber);
+        if (answer.type() == QDBusMessage::ReplyMessage && isNumber) {
+            m_silence.invalidate();
+            m_pause = {};
+            m_hasAnswered = true;
+            return milliseconds;
         }
+        isSlow = isSlow || QDBusError(answer).type() == QDBusError::NoReply;
     }
+    m_pause = isSlow ? std::clamp(m_pause * 2, kShortestPause, kLongestPause) : kLongestPause;
+    m_hasAnswered = m_hasAnswered && isSlow && m_pause < kLongestPause;
     m_silence.start();
     return std::nullopt;
 }

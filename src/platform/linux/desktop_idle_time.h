@@ -5,7 +5,9 @@
 
 #include <QDBusConnection>
 #include <QElapsedTimer>
+#include <chrono>
 #include <memory>
+#include <optional>
 
 #include "platform/idle_time.h"
 
@@ -13,9 +15,12 @@ struct _XDisplay;  // NOLINT(bugprone-reserved-identifier): the library's own na
 
 namespace keeper {
 
+class OwnInput;
+
 /// The idle time by the X server's screen-saver extension, over a connection of its own; where
 /// there is none, or where it sees only a part of the input (as under Wayland), by the desktop's
-/// services on the session bus.
+/// services on the session bus; without them by the events of this program's windows. To be made
+/// behind the application's object.
 class DesktopIdleTime final : public IdleTime {
   public:
     DesktopIdleTime();
@@ -26,6 +31,7 @@ class DesktopIdleTime final : public IdleTime {
     DesktopIdleTime& operator=(const DesktopIdleTime&) = delete;
 
     [[nodiscard]] std::optional<qint64> sinceLastInput() override;
+    [[nodiscard]] bool isDesktopWide() override;
 
   private:
     [[nodiscard]] std::optional<qint64> askServer();
@@ -36,8 +42,11 @@ class DesktopIdleTime final : public IdleTime {
     bool m_isServerTried = false;
     /// Connecting is left to the first question.
     std::unique_ptr<QDBusConnection> m_bus;
-    /// Runs since nobody on the bus answered.
+    /// Runs since nobody on the bus answered, who is asked again after so long.
     QElapsedTimer m_silence;
+    std::chrono::milliseconds m_pause{0};
+    bool m_hasAnswered = false;
+    std::unique_ptr<OwnInput> m_ownInput;
 };
 
 }  // namespace keeper
