@@ -190,6 +190,8 @@ void AutoGuardParts::concealWhenNothingRuns() {
     m_columnKey.conceal({&place, 1}, m_session.random);
     m_session.system.p_plainIdpPwd(QString());
     m_session.connection.forgetPages();
+    // What stood selected in a field.
+    m_session.clipboard.clearSelection();
     letSleep();
     if (m_whenConcealed) {
         std::exchange(m_whenConcealed, nullptr)();

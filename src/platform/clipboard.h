@@ -7,8 +7,8 @@
 
 namespace keeper {
 
-/// The clipboard that a person pastes from. The selection that a middle click pastes is never
-/// touched: it would hand a password to whatever window is clicked next.
+/// The clipboard that a person pastes from. Nothing is ever put into the selection that a middle
+/// click pastes: it would hand a password to whatever window is clicked next.
 class Clipboard {
   public:
     enum class Kind {
@@ -25,6 +25,8 @@ class Clipboard {
     /// its person's, not ours. To be called before the program ends, or a clipboard manager may
     /// keep the text. Returns whether something was cleared.
     virtual bool clear() = 0;
+    /// Takes back the selection when a window of this process holds it.
+    virtual void clearSelection() = 0;
 };
 
 }  // namespace keeper

@@ -94,6 +94,7 @@ def lock_in_the_middle(desk, program):
     desk.press("ctrl+s")
     desk.window(MAIN)
     type_entry(desk, "second", *TYPED)
+    desk.press("ctrl+a")  # the remark, which other programs can paste now
     time.sleep(0.5)
     check(set(TYPED) & found_in_memory(program), "the search finds what is there")
     desk.press("ctrl+l")

@@ -35,4 +35,10 @@ bool QtClipboard::clear() {
     return true;
 }
 
+void QtClipboard::clearSelection() {
+    if (QGuiApplication::clipboard()->ownsSelection()) {
+        QGuiApplication::clipboard()->clear(QClipboard::Selection);
+    }
+}
+
 }  // namespace keeper

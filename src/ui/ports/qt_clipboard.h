@@ -7,13 +7,14 @@
 
 namespace keeper {
 
-/// The desktop's clipboard, never its selection.
+/// The desktop's clipboard.
 class QtClipboard final : public Clipboard {
   public:
     void setText(const QString& text, Kind kind) override;
     [[nodiscard]] QString text() const override;
     [[nodiscard]] bool isOwned() const override;
     bool clear() override;
+    void clearSelection() override;
 };
 
 }  // namespace keeper
