@@ -134,6 +134,8 @@ with Desktop(sys.argv[1]) as desk:
     program = crash_while_locked(desk, program)
     desk.press("ctrl+l")
     desk.window(LOCKED)
+    desk.press("Return")
+    desk.window("验证独立密码")
     program.terminate()
     check(desk.ended(program, "the end of a locked session") == 0, "SIGTERM ends a locked session in order")
     check(not desk.working_copies(), "a locked session is sealed at its end")

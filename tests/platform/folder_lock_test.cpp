@@ -84,6 +84,14 @@ class FolderLockTest : public testing::TestWithParam<bool> {
         EXPECT_NE(run(u"rm"_s, {u"-f"_s, folder() + u"/A.kvdb"_s}), 0);
         EXPECT_EQ(files(), 3);
     }
+    /// Somebody who knows the trick, while nobody looks. With the stronger lock nothing happens.
+    void deleteByForce() const {
+        inOtherProcess(false, [this] {
+            ::execlp("sh", "sh", "-c", "chmod -R u+w \"$0\"; rm -rf \"$0\" 2>/dev/null",
+                     QFile::encodeName(folder()).constData(), nullptr);
+            return 1;
+        });
+    }
     void expectFree() const {
         ASSERT_EQ(run(u"mv"_s, {folder(), moved()}), 0);
         ASSERT_EQ(run(u"rm"_s, {u"-r"_s, moved()}), 0);
@@ -122,9 +130,16 @@ TEST_P(FolderLockTest, NobodyRenamesOrDeletesUntilItIsUnlocked) {
         run(u"chmod"_s, {u"-R"_s, u"u+w"_s, folder()});
         QTest::qWait(50);
         attack();
-        QFile file(folder() + u"/A.kvdb"_s);
+        deleteByForce();
+        EXPECT_TRUE(QTest::qWaitFor([this] { return files() == 3; }, 5'000)) << files();
+        QTest::qWait(50);
+        attack();
+        QFile file(folder() + u"/我的备份/旧/b"_s);
         EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(file.readAll(), "content");
+        deleteByForce();
         lock.unlock();
+        EXPECT_EQ(files(), 3) << "deleted in the last moment";
         struct stat after {};
         ASSERT_EQ(::stat(QFile::encodeName(folder()).constData(), &after), 0);
         EXPECT_EQ(before.st_mode, after.st_mode);
@@ -134,6 +149,14 @@ TEST_P(FolderLockTest, NobodyRenamesOrDeletesUntilItIsUnlocked) {
 
 TEST_P(FolderLockTest, TheNextStartFreesWhatAKilledProgramLeftLocked) {
     asSomebody([this] {
+        inOtherProcess(false, [this] {
+            LinuxFolderLock lock(state(), QString());
+            EXPECT_TRUE(lock.lock(folder()));
+            deleteByForce();
+            return ::raise(SIGKILL);
+        });
+        LinuxFolderLock(state(), QString()).heal();
+        EXPECT_EQ(files(), 3) << "deleted behind the killed program's back";
         inOtherProcess(false, [this] {
             LinuxFolderLock lock(state(), QString());
             EXPECT_TRUE(lock.lock(folder()));

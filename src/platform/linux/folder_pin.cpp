@@ -19,6 +19,7 @@
 #include <system_error>
 
 #include "platform/durable_file.h"
+#include "platform/linux/folder_links.h"
 
 namespace keeper {
 namespace {
@@ -62,7 +63,15 @@ unsigned rightsOf(int handle) {
 }
 
 bool setRights(int handle, unsigned rights) {
-    return rightsOf(handle) == rights || ::fchmod(handle, rights) == 0;
+    if (rightsOf(handle) == rights) {
+        return true;
+    }
+    if (::fchmod(handle, rights) != 0) {
+        return false;
+    }
+    // File systems without rights of their own answer success, and nothing changes.
+    errno = EOPNOTSUPP;
+    return rightsOf(handle) == rights;
 }
 
 bool release(int handle, unsigned mode) {
@@ -92,20 +101,38 @@ UniqueFd findFolder(const QString& path, quint64 inode) {
 
 }  // namespace
 
-FolderPin::FolderPin(const QString& folder, QString journal) : m_journal(std::move(journal)) {
-    collect(folder);
+FolderPin::FolderPin(const QString& folder, QString journal)
+    : m_journal(std::move(journal)), m_folders(collect(folder)) {
     ensurePrivateFolder(QFileInfo(m_journal).absolutePath());
     // Told before anything is taken: a crash may come between any two steps.
     replaceFile(m_journal, toJournal());
+    try {
+        takeAll();
+    } catch (...) {
+        giveBack();
+        throw;
+    }
+}
+
+void FolderPin::takeAll() {
     m_isImmutable = setImmutable(descriptor(), true);
     for (const Pinned& pinned : m_folders) {
         if (!take(pinned)) {
-            const int reason = errno;
-            giveBack();
-            throw std::system_error(reason, std::generic_category(),
+            throw std::system_error(errno, std::generic_category(),
                                     "lock " + pinned.path.toStdString());
         }
     }
+}
+
+void FolderPin::takeAnew(const std::function<void()>& mend) {
+    for (const Pinned& pinned : m_folders) {
+        release(pinned.handle.get(), pinned.mode);
+    }
+    mend();
+    auto folders = collect(m_folders.front().path);
+    m_folders.swap(folders);
+    replaceFile(m_journal, toJournal());
+    takeAll();
 }
 
 FolderPin::~FolderPin() {
@@ -127,8 +154,9 @@ void FolderPin::giveBack() {
     }
 }
 
-void FolderPin::collect(const QString& folder) {
-    const auto add = [this](const QString& path) {
+std::vector<FolderPin::Pinned> FolderPin::collect(const QString& folder) {
+    std::vector<Pinned> folders;
+    const auto add = [&folders](const QString& path) {
         UniqueFd handle = openFolder(path);
         if (!handle.isValid()) {
             throw std::system_error(errno, std::generic_category(), "open " + path.toStdString());
@@ -136,11 +164,11 @@ void FolderPin::collect(const QString& folder) {
         // What somebody has made immutable is pinned already, and stays so at the unlocking.
         if (!isFlagged(handle.get())) {
             const unsigned mode = rightsOf(handle.get());
-            m_folders.push_back({path, std::move(handle), mode});
+            folders.push_back({path, std::move(handle), mode});
         }
     };
     add(folder);
-    if (m_folders.empty()) {
+    if (folders.empty()) {
         throw std::system_error(EPERM, std::generic_category(), "lock " + folder.toStdString());
     }
     QDirIterator inner(folder, QDir::Dirs | QDir::Hidden | QDir::NoSymLinks | QDir::NoDotAndDotDot,
@@ -148,6 +176,7 @@ void FolderPin::collect(const QString& folder) {
     while (inner.hasNext()) {
         add(inner.next());
     }
+    return folders;
 }
 
 void FolderPin::renew() const {
@@ -176,6 +205,10 @@ QByteArray FolderPin::toJournal() const {
     return QJsonDocument(folders).toJson();
 }
 
+QString FolderPin::mirrorOf(const QString& journal) {
+    return QFileInfo(journal).absolutePath() + u'/' + QFileInfo(journal).completeBaseName();
+}
+
 bool FolderPin::heal(const QString& journal) {
     const auto content = readWholeFile(journal, kLongestJournal);
     if (!content) {
@@ -201,6 +234,13 @@ bool FolderPin::heal(const QString& journal) {
         }
         const auto mode = static_cast<unsigned>(row.value(QStringLiteral("mode")).toInt());
         isFree = (!folder.isValid() || release(folder.get(), mode)) && isFree;
+    }
+    if (isFree && !outer.isEmpty()) {
+        const FolderLinks links(outerNow, mirrorOf(journal));
+        isFree = links.restore();
+        if (isFree) {
+            links.remove();
+        }
     }
     if (isFree) {
         removeFile(journal);

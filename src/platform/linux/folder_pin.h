@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <functional>
 #include <vector>
 
 #include "platform/unique_fd.h"
@@ -28,15 +29,21 @@ class FolderPin {
 
     /// Takes again what somebody has given back meanwhile.
     void renew() const;
+    /// Gives back for as long as `mend` changes the folders, and takes what is there then. Throws
+    /// as the constructor does; the journal knows everything that is taken still.
+    void takeAnew(const std::function<void()>& mend);
     /// The outer folder, wherever it lies now.
     [[nodiscard]] int descriptor() const { return m_folders.front().handle.get(); }
     /// All folders, the outer one first.
     [[nodiscard]] std::vector<int> descriptors() const;
     [[nodiscard]] bool isImmutable() const { return m_isImmutable; }
 
-    /// Gives back what a journal tells. Does nothing without one; a journal stays when a folder
-    /// could not be freed, which is false, or when the whole place where it lay is not there.
+    /// Gives back what a journal tells, and the files that were deleted meanwhile as far as the
+    /// mirror holds them. Does nothing without a journal; it stays when a folder could not be
+    /// freed, which is false, or when the whole place where it lay is not there.
     static bool heal(const QString& journal);
+    /// Where the second names of the folder's files lie beside its journal; see FolderLinks.
+    [[nodiscard]] static QString mirrorOf(const QString& journal);
 
   private:
     struct Pinned {
@@ -45,7 +52,8 @@ class FolderPin {
         unsigned mode = 0;
     };
 
-    void collect(const QString& folder);
+    [[nodiscard]] static std::vector<Pinned> collect(const QString& folder);
+    void takeAll();
     bool take(const Pinned& pinned) const;
     void giveBack();
     [[nodiscard]] QByteArray toJournal() const;

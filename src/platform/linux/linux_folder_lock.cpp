@@ -15,6 +15,7 @@
 #include <QFile>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <exception>
 
@@ -24,10 +25,16 @@ namespace {
 /// What the program says to its watchdog when it has unlocked by itself.
 constexpr char kGoodbye = 'q';
 
+/// Between two attempts to give files back that somebody goes on deleting.
+constexpr std::chrono::milliseconds kRetry{50};
+
 }  // namespace
 
 LinuxFolderLock::LinuxFolderLock(const QString& stateFolder, QString watchdog)
-    : m_stateFolder(stateFolder), m_watchdog(std::move(watchdog)) {}
+    : m_stateFolder(stateFolder), m_watchdog(std::move(watchdog)) {
+    m_mending.setSingleShot(true);
+    QObject::connect(&m_mending, &QTimer::timeout, [this] { mend(); });
+}
 
 LinuxFolderLock::~LinuxFolderLock() {
     unlock();
@@ -43,6 +50,8 @@ bool LinuxFolderLock::lock(const QString& folder) {
             return false;
         }
         m_pin.emplace(folder, journalOf(folder));
+        m_links.emplace(folder, FolderPin::mirrorOf(journalOf(folder)));
+        m_links->make();
     } catch (const std::exception&) {
         return false;
     }
@@ -55,6 +64,18 @@ bool LinuxFolderLock::lock(const QString& folder) {
 void LinuxFolderLock::unlock() {
     m_notifier.reset();
     m_events.reset();
+    m_mending.stop();
+    if (m_pin) {
+        if (!m_links->isWhole()) {
+            mend();
+            m_notifier.reset();
+            m_events.reset();
+        }
+        // Where a name could not be given back the second one stays, for the next lock.
+        if (m_links->isWhole()) {
+            m_links->remove();
+        }
+    }
     m_pin.reset();
     stopWatchdog();
 }
@@ -85,8 +106,9 @@ void LinuxFolderLock::watch() {
     for (const int folder : m_pin->descriptors()) {
         // Through the descriptor: a path may lead elsewhere by now.
         const QByteArray path = QStringLiteral("/proc/self/fd/%1").arg(folder).toLocal8Bit();
-        ::inotify_add_watch(m_events.get(), path.constData(),
-                            IN_MOVE_SELF | IN_ATTRIB | IN_ONLYDIR);
+        ::inotify_add_watch(
+            m_events.get(), path.constData(),
+            IN_MOVE_SELF | IN_ATTRIB | IN_DELETE | IN_DELETE_SELF | IN_MOVED_FROM | IN_ONLYDIR);
     }
     m_notifier = std::make_unique<QSocketNotifier>(m_events.get(), QSocketNotifier::Read);
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, [this] { drain(); });
@@ -98,7 +120,24 @@ void LinuxFolderLock::drain() {
     }
     // In this order: a folder without the right to write cannot be moved to another parent.
     putBack();
-    m_pin->renew();
+    if (m_links->isWhole()) {
+        m_pin->renew();
+    } else {
+        m_mending.start(0);  // which makes the notifier anew that calls here
+    }
+}
+
+/// Somebody was quick enough to delete files.
+void LinuxFolderLock::mend() {
+    try {
+        m_pin->takeAnew([this] { m_links->restore(); });
+        watch();
+    } catch (const std::exception&) {
+        // A folder has gone between two looks, and will come back with the next ones.
+    }
+    if (!m_links->isWhole()) {
+        m_mending.start(kRetry);
+    }
 }
 
 void LinuxFolderLock::putBack() const {

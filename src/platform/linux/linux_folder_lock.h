@@ -7,17 +7,20 @@
 
 #include <QSocketNotifier>
 #include <QString>
+#include <QTimer>
 #include <memory>
 #include <optional>
 
 #include "platform/folder_lock.h"
+#include "platform/linux/folder_links.h"
 #include "platform/linux/folder_pin.h"
 #include "platform/unique_fd.h"
 
 namespace keeper {
 
 /// Pins the folder and watches it: a renaming that the system allows all the same is undone within
-/// moments, and rights that are given back are taken again. When the program dies without
+/// moments, rights that are given back are taken again, and files that could be deleted all the
+/// same have a second name by which they come back. When the program dies without
 /// unlocking, a small process of its own frees the folder at once, and heal() at the next start
 /// what even that could not.
 class LinuxFolderLock final : public FolderLock {
@@ -47,6 +50,7 @@ class LinuxFolderLock final : public FolderLock {
     void startWatchdog();
     void stopWatchdog();
     void drain();
+    void mend();
     void putBack() const;
 
     [[nodiscard]] QString journalOf(const QString& folder) const;
@@ -55,6 +59,8 @@ class LinuxFolderLock final : public FolderLock {
     QString m_watchdog;
     QString m_folder;
     std::optional<FolderPin> m_pin;
+    std::optional<FolderLinks> m_links;
+    QTimer m_mending;
     UniqueFd m_events;
     std::unique_ptr<QSocketNotifier> m_notifier;
     UniqueFd m_lifeline;
