@@ -71,7 +71,7 @@ AutoGuardian::Ports AutoGuardParts::guardianPorts() {
             [this](std::function<void()> todo) { whenConcealed(std::move(todo)); },
             m_session.runSeconds,
             [this] { afterUnlocking(); },
-            [this](bool bManually) { return stopConversionFirst(bManually); }};
+            [this](bool bManually) { return putOffLock(bManually); }};
 }
 
 TrayMenu::Ports AutoGuardParts::trayPorts() {
@@ -143,9 +143,9 @@ void AutoGuardParts::afterUnlocking() {
     }
 }
 
-/// The records of the locking would be undone with the conversion's transaction.
-bool AutoGuardParts::stopConversionFirst(bool bManually) {
-    if (!m_session.stopsConversion()) {
+/// The records of the locking would be undone with a conversion's transaction.
+bool AutoGuardParts::putOffLock(bool bManually) {
+    if (!m_session.keepsWaiting()) {
         return false;
     }
     m_isLockPutOff = true;

@@ -52,8 +52,9 @@ struct AutoGuardSession {
     std::function<qint64()> runSeconds;
     /// Closes the session as by a command of the program, unless the person cancels.
     std::function<void(AutoExit)> endSession;
-    /// Stops a conversion of the columns, which takes the return of the caller; false without one.
-    std::function<bool()> stopsConversion;
+    /// Whether work with the database must end first, which takes the return of the caller; what
+    /// can be stopped is.
+    std::function<bool()> keepsWaiting;
 };
 
 /// The object graph of lock, timers and tray.
@@ -92,7 +93,7 @@ class AutoGuardParts : public QObject {
     void showLockWindow(bool isShown);
     void lockWithDesktop();
     void afterUnlocking();
-    bool stopConversionFirst(bool bManually);
+    bool putOffLock(bool bManually);
     void showSettings();
 
     AutoGuardSession m_session;

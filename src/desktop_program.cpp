@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QTimer>
 #include <QUrl>
+#include <chrono>
 #include <utility>
 
 #include "app/destruction.h"
@@ -62,6 +63,12 @@
 #include "workspace_parts.h"
 
 namespace keeper {
+namespace {
+
+/// For what waits until other code has returned.
+constexpr std::chrono::milliseconds kRetry{20};
+
+}  // namespace
 
 struct DesktopProgram::Graph {
     Graph();
@@ -75,7 +82,6 @@ struct DesktopProgram::Graph {
     void startWorkspace();
     void startSession();
     void checkAges();
-    bool stopsConversion();
     void endSession(CloseReason reason, AutoExit autoExit = AutoExit::None);
     void endSessionSoon();
     void tellRunTime();
@@ -277,7 +283,7 @@ AutoGuardSession DesktopProgram::Graph::autoGuardSession() {
             folders.state + QStringLiteral("/morvane-keeper"),
             [this] { return sessionEnd.runSeconds(); },
             [this](AutoExit mode) { endSession(CloseReason::Program, mode); },
-            [this] { return stopsConversion(); }};
+            [this] { return protection.keepsWaiting(); }};
 }
 
 void DesktopProgram::Graph::connectSession() {
@@ -368,18 +374,11 @@ void DesktopProgram::Graph::checkAges() {
     endSession(CloseReason::Program);
 }
 
-bool DesktopProgram::Graph::stopsConversion() {
-    const bool isRunning = protection.columnSwitch.isRunning();
-    if (isRunning) {
-        protection.columnSwitch.close();
-    }
-    return isRunning;
-}
-
 void DesktopProgram::Graph::endSession(CloseReason reason, AutoExit autoExit) {
-    // Its transaction must be undone first, which takes the return of whoever called us.
-    if (stopsConversion()) {
-        QTimer::singleShot(0, &mainWindow,
+    // What works with the database must come to its end first, which takes the return of whoever
+    // called us.
+    if (protection.keepsWaiting()) {
+        QTimer::singleShot(kRetry, &mainWindow,
                            [this, reason, autoExit] { endSession(reason, autoExit); });
         return;
     }

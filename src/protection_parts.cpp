@@ -4,6 +4,7 @@
 #include "protection_parts.h"
 
 #include <QScopedValueRollback>
+#include <QThread>
 #include <utility>
 
 #include "app/program_info.h"
@@ -38,7 +39,7 @@ ProtectionParts::ProtectionParts(const ProtectionPorts& ports)
                  ports.folders.state + QStringLiteral("/morvane-keeper"), programVersion()),
       branchCommands({ports.prompt, ports.clock, ports.osInfo, ports.guard, ports.logs,
                       [this](int number) { return m_session.demandAuthority(number); },
-                      [this](const QString& path) { return dispatcher.Dispatch(path); },
+                      [this](const QString& path) { return dispatch(path); },
                       [this] { showGuard(); }, [this] { return m_ports.folders.documents; }}),
       branchManage({ports.clock, ports.guard, ports.logs,
                     [this](const QString& message) { tellLifetime(message); }}) {}
@@ -108,6 +109,23 @@ void ProtectionParts::mn_columnCryption() {
     if (columnSwitch.isUsedUp()) {
         m_session.end();
     }
+}
+
+bool ProtectionParts::dispatch(const QString& path) {
+    if (m_dispatchLoop != 0) {
+        return false;
+    }
+    const QScopedValueRollback<int> busy(m_dispatchLoop, QThread::currentThread()->loopLevel());
+    return dispatcher.Dispatch(path);
+}
+
+bool ProtectionParts::keepsWaiting() {
+    if (columnSwitch.isRunning()) {
+        columnSwitch.close();
+        return true;
+    }
+    // Over a box that tells of a failure nothing is at work any more.
+    return m_dispatchLoop != 0 && m_dispatchLoop == QThread::currentThread()->loopLevel();
 }
 
 void ProtectionParts::mn_branchManage() {

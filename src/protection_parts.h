@@ -66,9 +66,13 @@ class ProtectionParts {
     void connectCommands(Session session);
     /// Lifetime and confinement in the main window.
     void showGuard();
+    /// True while work with the database runs that a lock and the end of the session must await. A
+    /// conversion of the columns is told to stop.
+    bool keepsWaiting();
 
   private:
     void showAuthentication();
+    bool dispatch(const QString& path);
     void mn_columnCryption();
     void mn_branchManage();
     void tellLifetime(const QString& message);
@@ -76,6 +80,8 @@ class ProtectionParts {
     ProtectionPorts m_ports;
     Session m_session;
     dlgAuthentication* m_openAuthentication = nullptr;
+    /// Level of the event loop under a dispatch that runs.
+    int m_dispatchLoop = 0;
 
   public:
     IndependentPassword secret;

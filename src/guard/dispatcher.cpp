@@ -19,8 +19,6 @@
 namespace keeper {
 namespace {
 
-const QString kSuffix = QStringLiteral(".dispatching");
-
 bool isSameFile(const QString& left, const QString& right) {
     const QFileInfo first(left);
     const QFileInfo second(right);
@@ -61,9 +59,9 @@ bool Dispatcher::Dispatch(const QString& target) {
     }
     return guarded(prompt, QStringLiteral("cSWProtect.Dispatch"), false, [&] {
         ensurePrivateFolder(m_stateFolder);
-        removeLeftovers(m_stateFolder, QString(), kSuffix);
+        removeLeftovers(m_stateFolder, QString(), kDispatchingSuffix);
         const QString copyPath =
-            makeFreshFile(m_stateFolder, QString(), kSuffix, m_ports.guard.random);
+            makeFreshFile(m_stateFolder, QString(), kDispatchingSuffix, m_ports.guard.random);
         Database copy(m_options);
         SealedDatabase sealed(m_ports.keys, m_ports.cipher, copy, prompt, m_ports.guard.random,
                               m_ports.display, m_stateFolder);

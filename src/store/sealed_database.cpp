@@ -276,6 +276,7 @@ void SealedDatabase::startWorkingCopy(Origin origin) {
 
 void SealedDatabase::removeAbandonedCopies() {
     removeLeftovers(m_stateFolder, QString(), kCompactingSuffix);
+    removeLeftovers(m_stateFolder, QString(), kDispatchingSuffix);
     const QDir folder(m_stateFolder);
     const QStringList marks =
         folder.entryList({u'*' + kWorkingSuffix + kFreshSuffix}, QDir::Files | QDir::Hidden);

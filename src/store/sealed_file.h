@@ -24,6 +24,10 @@ enum class UnsealResult {
     SystemFailed,
 };
 
+/// The end of the name of a copy that is prepared for another machine. A killed program leaves it
+/// in the state folder, where the next working copy clears it away.
+inline const QString kDispatchingSuffix = QStringLiteral(".dispatching");
+
 /// Path of a new, empty file that only its owner may read: FOLDER/PREFIX, 32 random digits, SUFFIX.
 /// Throws std::system_error.
 [[nodiscard]] QString makeFreshFile(const QString& folder, const QString& prefix,

@@ -22,6 +22,8 @@ dlgConnecting::dlgConnecting(QWidget* parent)
     setObjectName(QStringLiteral("dlgConnecting"));
     setWindowTitle(programTitle());
     setAttribute(Qt::WA_ShowWithoutActivating);
+    // Work on the database turns the event loop, and bears no other command meanwhile.
+    setWindowModality(Qt::ApplicationModal);
     setAttribute(Qt::WA_TranslucentBackground);
     lblMsg->setObjectName(QStringLiteral("lblMsg"));
     lblMsg->setTextFormat(Qt::PlainText);

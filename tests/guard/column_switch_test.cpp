@@ -286,7 +286,9 @@ TEST_F(ColumnSwitchTest, AKillAtAnyMomentLeavesAllOrNothing) {
         ASSERT_TRUE(program.system.settings().p_idpPwdSwitch());
     }
     int turned = 0;
+    int inTheMiddle = 0;
     for (int i = 0; i < moments && !HasFailure(); ++i) {
+        const bool isAcknowledged = i < 2;  // killed behind the end, both ways
         const bool wasOn = i % 2 != 0;
         QFile::remove(file());
         QFile::remove(file("columns.db-journal"));
@@ -298,24 +300,32 @@ TEST_F(ColumnSwitchTest, AKillAtAnyMomentLeavesAllOrNothing) {
             ColumnProgram program(file());
             (void)!::write(ready[1], "", 1);
             program.click();
+            (void)!::write(ready[1], "", 1);
             ::pause();
         }
         char byte = 0;
         ASSERT_EQ(::read(ready[0], &byte, 1), 1);
         const auto moment = std::uniform_int_distribution<std::int64_t>(
             0, static_cast<std::int64_t>(duration * 5 / 4))(draw);
+        if (isAcknowledged) {
+            ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+        }
         ASSERT_TRUE(killedAfter(child, std::chrono::microseconds(moment))) << "failed by itself";
         ::close(ready[0]);
         ::close(ready[1]);
 
+        inTheMiddle += QFileInfo::exists(file("columns.db-journal")) ? 1 : 0;
         const auto program = reopen();
         const bool isOn = program->system.settings().p_idpPwdSwitch();
         turned += isOn != wasOn ? 1 : 0;
+        EXPECT_TRUE(isOn != wasOn || !isAcknowledged);
         EXPECT_EQ(program->cells(/*isRead=*/true), plain) << "moment " << i;
         EXPECT_EQ(program->cells(/*isRead=*/false) == plain, !isOn) << "moment " << i;
         EXPECT_EQ(program->logged(isOn ? -1 : 1), isOn || wasOn ? 1 : 0);
     }
     RecordProperty("turned", turned);
+    RecordProperty("inTheMiddle", inTheMiddle);
+    EXPECT_GE(inTheMiddle, moments / 5) << "the kills missed the conversion";
 }
 
 }  // namespace
