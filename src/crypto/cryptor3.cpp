@@ -249,6 +249,7 @@ QString Cryptor3::EncryptString(const QString& plaintext, const QString& key) {
         std::vector<std::uint8_t> plain = ansiBytes(plaintext);
         const WipeGuard guard(plain);
         std::vector<std::uint8_t> cipher;
+        const ForgetKey forget(*this);
         SetCipherKeyString(key, bits, bits, /*isHex=*/false);
         ArrayEncrypt(plain, cipher, /*appendSize=*/false, bits);
         return BytesToHexDisplay(cipher, bits / 8);
@@ -270,6 +271,7 @@ QString Cryptor3::DecryptString(const QString& ciphertext, const QString& key) {
         }
         std::vector<std::uint8_t> plain;
         const WipeGuard guard(plain);
+        const ForgetKey forget(*this);
         SetCipherKeyString(key, bits, bits, /*isHex=*/false);
         ArrayDecrypt(plain, cipher, /*appendSize=*/false, bits);
         QString text = ansiText(plain);

@@ -21,8 +21,9 @@ namespace keeper {
 /// system keeps enciphered data: byte arrays, texts and files. Blocks are independent of each
 /// other.
 ///
-/// One instance holds one key schedule and serves one operation at a time. Round keys are wiped at
-/// each new key and in the destructor. Enciphering without a key throws CryptorError 91.
+/// One instance holds one key schedule and serves one operation at a time. Round keys, which begin
+/// with the key itself, are wiped at each new key, by forgetKey() and in the destructor; operations
+/// that take a key forget it at their end. Enciphering without a key throws CryptorError 91.
 class Cryptor3 {
   public:
     /// `paths`: the implementations of rijndael.h that may be used.
@@ -35,6 +36,7 @@ class Cryptor3 {
     /// when they are exactly the key's bytes. 0 on success, 1 for illegal sizes, which leave the
     /// previous schedule in place.
     int SetCipherKeyString(QStringView key, int keyBits, int blockBits, bool isHex);
+    void forgetKey() noexcept { m_key.wipe(); }
 
     /// One block from source[p] to destination[q]; the same buffer at the same offset is allowed.
     /// REQUIRES: the key was set with this block size, both blocks lie inside their spans.
@@ -141,5 +143,17 @@ class Cryptor3 {
 
 /// REQUIRES: called inside a catch block. What was thrown, with a number and a description.
 [[nodiscard]] CryptorError currentCryptorError();
+
+/// Lets a cryptor forget its key at the end of a scope.
+class ForgetKey {
+  public:
+    explicit ForgetKey(Cryptor3& cryptor) : m_cryptor(cryptor) {}
+    ~ForgetKey() { m_cryptor.forgetKey(); }
+    ForgetKey(const ForgetKey&) = delete;
+    ForgetKey& operator=(const ForgetKey&) = delete;
+
+  private:
+    Cryptor3& m_cryptor;
+};
 
 }  // namespace keeper

@@ -271,6 +271,7 @@ bool Cryptor3::cipherFileWithKey(bool decrypt, const QString& source, const QStr
             raise(2, decrypt ? QStringLiteral("解密密钥空！") : QStringLiteral("加密密钥空！"));
         }
         const int bits = sizeForKey(key.size());
+        const ForgetKey forget(*this);
         SetCipherKeyString(key, bits, bits, /*isHex=*/false);
         if (!cipherFile(decrypt, source, target, bits, deleteSource)) {
             return false;

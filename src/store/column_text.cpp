@@ -43,6 +43,7 @@ QString wideCell(Cryptor3& cryptor, const QString& plain, const QString& key) {
     }
     const int bits = Cryptor3::sizeForKey(key.size());
     std::vector<std::uint8_t> cipher;
+    const ForgetKey forget(cryptor);
     cryptor.SetCipherKeyString(key, bits, bits, /*isHex=*/false);
     cryptor.ArrayEncrypt(bytes, cipher, /*appendSize=*/false, bits);
     return BytesToHexDisplay(cipher, bits / 8);
@@ -57,6 +58,7 @@ QString wideText(Cryptor3& cryptor, const QString& cell, const QString& key) {
     }
     std::vector<std::uint8_t> bytes;
     const WipeGuard wipe(bytes);
+    const ForgetKey forget(cryptor);
     cryptor.SetCipherKeyString(key, bits, bits, /*isHex=*/false);
     cryptor.ArrayDecrypt(bytes, cipher, /*appendSize=*/false, bits);
     std::size_t units = 0;

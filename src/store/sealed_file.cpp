@@ -114,6 +114,7 @@ UnsealResult endOf(Cryptor3& cipher, const QString& path, const QString& key) {
     std::vector<std::uint8_t> last(blockSize);
     readAt(file, path, size - block, last);
     std::vector<std::uint8_t> expected;
+    const ForgetKey forget(cipher);
     cipher.SetCipherKeyString(key, bits, bits, false);
     cipher.ArrayEncrypt(std::vector<std::uint8_t>(blockSize), expected, false, bits);
     if (last == expected) {
@@ -232,6 +233,7 @@ void unsealFirstPage(Cryptor3& cipher, const QString& source, const QString& tar
     std::vector<std::uint8_t> sealed(static_cast<std::size_t>(DatabaseOptions{}.pageSize));
     readAt(openFile(source, O_RDONLY), source, 0, sealed);
     std::vector<std::uint8_t> page;
+    const ForgetKey forget(cipher);
     cipher.SetCipherKeyString(key, bits, bits, false);
     cipher.ArrayDecrypt(page, sealed, false, bits);
     createPrivateFile(target);
