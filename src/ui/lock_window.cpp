@@ -25,12 +25,12 @@ LockWindow::LockWindow(const QString& userName, std::function<void()> unlock,
     picture->setPixmap(lockedProgramIcon().pixmap(QSize(unit * 3, unit * 3), devicePixelRatioF()));
     auto* text = new QLabel(userName + QStringLiteral(" - 管理器已经锁定。"), this);
     text->setTextFormat(Qt::PlainText);
-    auto* unlockButton = named(new QPushButton(QStringLiteral("解锁(&U)"), this), "cmdUnlock");
+    cmdUnlock = named(new QPushButton(QStringLiteral("解锁(&U)"), this), "cmdUnlock");
     auto* exitButton = named(new QPushButton(QStringLiteral("退出(&Q)"), this), "cmdExit");
-    unlockButton->setIcon(glyphIcon(Glyph::Unlock));
-    unlockButton->setDefault(true);
-    unlockButton->setAutoDefault(true);
-    connect(unlockButton, &QPushButton::clicked, this, std::move(unlock));
+    cmdUnlock->setIcon(glyphIcon(Glyph::Unlock));
+    cmdUnlock->setDefault(true);
+    cmdUnlock->setAutoDefault(true);
+    connect(cmdUnlock, &QPushButton::clicked, this, std::move(unlock));
     connect(exitButton, &QPushButton::clicked, this, std::move(exit));
 
     auto* top = new QHBoxLayout;
@@ -39,7 +39,7 @@ LockWindow::LockWindow(const QString& userName, std::function<void()> unlock,
     top->addWidget(text, 1);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
-    buttons->addWidget(unlockButton);
+    buttons->addWidget(cmdUnlock);
     buttons->addWidget(exitButton);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(unit, unit, unit, unit);
@@ -47,7 +47,11 @@ LockWindow::LockWindow(const QString& userName, std::function<void()> unlock,
     layout->addLayout(top);
     layout->addLayout(buttons);
     layout->setSizeConstraint(QLayout::SetFixedSize);
-    unlockButton->setFocus();
+}
+
+void LockWindow::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    cmdUnlock->setFocus();
 }
 
 void LockWindow::closeEvent(QCloseEvent* event) {

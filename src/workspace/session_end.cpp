@@ -70,6 +70,10 @@ bool SessionEnd::requestClose(CloseReason reason, AutoExit autoExit) {
     if (asksAboutEditing) {
         bool cancel = false;
         ConfirmLeaveEditing(cancel);
+        // The question may have been overtaken by the end of the desktop's session.
+        if (m_ports.system.p_isLogouted()) {
+            return true;
+        }
         if (cancel) {
             return false;
         }

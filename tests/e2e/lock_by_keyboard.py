@@ -12,13 +12,13 @@ import subprocess
 import sys
 import time
 
-from desktop import KEY, Desktop, check
+from desktop import KEY, SECOND, Desktop, check
 
 MAIN = "Morvane Keeper - Alice"
 LOCKED = "Morvane Keeper - 已锁定"
 SAVED = ["saved-num-4711", "saved-pw-Xq7"]
 TYPED = ["typed-num-0815", "typed-pw-Zk9", "typed remark Vw3"]
-SECRETS = [KEY, "second77", *SAVED, *TYPED]
+SECRETS = [KEY, SECOND, *SAVED, *TYPED]
 
 
 def encodings(secret):
@@ -75,7 +75,7 @@ def can_rename(folder):
     return True
 
 
-def unlock(desk):
+def unlock_at_the_second_try(desk):
     desk.press("Return")
     desk.window("验证独立密码")
     desk.type_text("wrong1")
@@ -84,12 +84,13 @@ def unlock(desk):
     desk.press("Return")
     desk.window("验证独立密码")
     desk.press("ctrl+a")
-    desk.type_text("second77")
+    desk.type_text(SECOND)
     desk.press("Return")
     desk.window(MAIN)
 
 
 def lock_in_the_middle(desk, program):
+    desk.turn_columns()
     type_entry(desk, "first", *SAVED)
     desk.press("ctrl+s")
     desk.window(MAIN)
@@ -107,7 +108,7 @@ def lock_in_the_middle(desk, program):
     check(not can_rename(folder), "the folder cannot be renamed while locked")
     subprocess.run(["rm", "-rf", str(folder)], capture_output=True)
     check(desk.sealed.exists(), "the folder cannot be deleted while locked")
-    unlock(desk)
+    unlock_at_the_second_try(desk)
     check(can_rename(folder), "the folder is free after the unlocking")
     desk.press("ctrl+s")  # what was typed before the lock
     desk.window(MAIN)
@@ -122,6 +123,9 @@ def crash_while_locked(desk, program):
     desk.window("登录 - Morvane Keeper")
     check(can_rename(desk.sealed.parent), "the folder is free after a crash and a new start")
     desk.log_in()
+    desk.window("验证独立密码")  # the columns are enciphered
+    desk.type_text(SECOND)
+    desk.press("Return")
     desk.window("Morvane Keeper")  # tells of the recovery
     desk.press("Return")
     desk.window(MAIN)
@@ -132,6 +136,7 @@ with Desktop(sys.argv[1]) as desk:
     program = desk.make_user()
     lock_in_the_middle(desk, program)
     program = crash_while_locked(desk, program)
+    desk.turn_columns()  # off again, so that the rows can be read below
     desk.press("ctrl+l")
     desk.window(LOCKED)
     desk.press("Return")

@@ -8,43 +8,18 @@ usage: protection_by_keyboard.py MORVANE-KEEPER
 """
 import signal
 import sys
-import time
 
-from desktop import Desktop, check
+from desktop import SECOND, Desktop, check
 
-SECRET = "second77"
-COLUMNS = "设置列级加密"
 ASKS = "验证独立密码"
 MAIN = "Morvane Keeper - Alice"
-
-
-def open_from_menu(desk, menu, letter, title):
-    time.sleep(0.6)
-    desk.press(menu)
-    time.sleep(0.4)
-    desk.press(letter)
-    desk.window(title)
-
-
-def turn_columns(desk):
-    open_from_menu(desk, "alt+g", "c", COLUMNS)
-    desk.type_text(SECRET)
-    desk.press("Return")
-    desk.window("Morvane Keeper")  # to go on?
-    desk.press("Return")
-    time.sleep(0.5)
-    desk.window("Morvane Keeper")  # done
-    desk.press("Return")
-    desk.window(COLUMNS)
-    desk.press("Escape")
-    desk.window(MAIN)
 
 
 def log_in_with_password(desk, is_recovery=False):
     desk.window("登录 - Morvane Keeper")
     desk.log_in()
     desk.window(ASKS)
-    desk.type_text(SECRET)
+    desk.type_text(SECOND)
     desk.press("Return")
     if is_recovery:
         desk.window("Morvane Keeper")
@@ -54,7 +29,7 @@ def log_in_with_password(desk, is_recovery=False):
 
 with Desktop(sys.argv[1]) as desk:
     program = desk.make_user()
-    turn_columns(desk)
+    desk.turn_columns()
     desk.close(program, "the session that turned it on")
 
     program = desk.start()
@@ -73,12 +48,9 @@ with Desktop(sys.argv[1]) as desk:
 
     program = desk.start()
     log_in_with_password(desk, is_recovery=True)
-    turn_columns(desk)
+    desk.turn_columns()
     copy = desk.home / "copy.kvdb"
-    desk.press("alt+f")
-    time.sleep(0.4)
-    desk.press("d")
-    desk.window("分派数据库")
+    desk.open_from_menu("alt+f", "d", "分派数据库")
     desk.type_text(str(copy))
     desk.press("Return")
     desk.window("Morvane Keeper")  # done

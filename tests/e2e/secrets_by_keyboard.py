@@ -17,14 +17,6 @@ MAIN = "Morvane Keeper - Alice"
 BOX = "Morvane Keeper"
 
 
-def open_from_menu(desk, letter, title):
-    time.sleep(0.6)
-    desk.press("alt+g")
-    time.sleep(0.4)
-    desk.press(letter)
-    desk.window(title)
-
-
 def agree(desk, behind):
     desk.window(BOX)
     time.sleep(0.2)
@@ -33,7 +25,7 @@ def agree(desk, behind):
 
 
 def set_questions(desk):
-    open_from_menu(desk, "q", "设置安全问题")
+    desk.open_from_menu("alt+g", "q", "设置安全问题")
     for number in (1, 2, 3):
         desk.type_text(f"question{number}")
         desk.press("Tab")
@@ -44,7 +36,7 @@ def set_questions(desk):
 
 
 def reset_password(desk, password):
-    open_from_menu(desk, "i", "修改独立密码")
+    desk.open_from_menu("alt+g", "i", "修改独立密码")
     desk.press(*["shift+Tab"] * 3, "space")  # the button for a forgotten password
     desk.window("回答安全问题")
     for answer in ("answer1", "ANSWER2"):
@@ -63,7 +55,7 @@ def reset_password(desk, password):
 
 
 def change_login_key(desk, key):
-    open_from_menu(desk, "s", "修改登录密钥")
+    desk.open_from_menu("alt+g", "s", "修改登录密钥")
     desk.type_text(desktop.KEY)
     desk.press("Tab", "Tab", "Tab")
     desk.type_text(key)
@@ -75,7 +67,7 @@ def change_login_key(desk, key):
 
 
 def guard_original_size(desk):
-    open_from_menu(desk, "a", "权限管理")
+    desk.open_from_menu("alt+g", "a", "权限管理")
     desk.press("Down", "space", "Return")
     desk.window(MAIN)
 
