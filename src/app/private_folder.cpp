@@ -41,8 +41,12 @@ QString userNameOf(const QString& path) {
     return name.startsWith(prefix()) ? name.mid(prefix().size()) : QString();
 }
 
+QString databaseExtension() {
+    return QStringLiteral(".kvdb");
+}
+
 QString databaseOf(const QString& folder) {
-    return folder + u'/' + userNameOf(folder) + QStringLiteral(".kvdb");
+    return folder + u'/' + userNameOf(folder) + databaseExtension();
 }
 
 QString backupsOf(const QString& folder) {

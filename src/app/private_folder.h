@@ -10,6 +10,8 @@ namespace keeper {
 /// The layout of a private folder: "MORV - " and the user's name, with the sealed database and
 /// three subfolders in it. Folder arguments are full paths without a slash at the end.
 namespace privatefolder {
+/// Of every sealed database, with the dot.
+[[nodiscard]] QString databaseExtension();
 
 /// "MORV - ", with which the name of each private folder begins.
 [[nodiscard]] QString prefix();

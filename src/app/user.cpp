@@ -281,6 +281,9 @@ bool User::isRecorded(const QString& copy) const {
 }
 
 bool User::CheckLgnKey(const QString& key) const {
+    if (!isInCodePage(key)) {
+        return false;  // its digest is also that of a key with "?" in these places
+    }
     const QString hash = Cryptor2::hashString(key);
     return hash == m_key.hash || (hash == m_key.formerHash &&
                                   (m_isCopyGivenUp || !QFileInfo::exists(m_record.activeFile)));

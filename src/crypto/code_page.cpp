@@ -147,4 +147,9 @@ QString ansiText(std::span<const std::uint8_t> bytes) {
     return text;
 }
 
+bool isInCodePage(QStringView text) {
+    return std::ranges::all_of(text,
+                               [](QChar unit) { return unit == u'?' || ansiCode(unit) != u'?'; });
+}
+
 }  // namespace keeper

@@ -23,6 +23,9 @@ namespace keeper {
 /// result may hold secrets: the caller wipes it.
 [[nodiscard]] std::vector<std::uint8_t> ansiBytes(QStringView text);
 
+/// Whether the page holds every unit, so that no two such texts have the same bytes.
+[[nodiscard]] bool isInCodePage(QStringView text);
+
 /// The reverse. No byte vanishes, not even a lead byte at the end.
 [[nodiscard]] QString ansiText(std::span<const std::uint8_t> bytes);
 

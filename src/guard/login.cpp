@@ -6,11 +6,10 @@
 #include <QFileInfo>
 #include <utility>
 
-#include "app/file_operator.h"
 #include "app/private_folder.h"
-#include "app/regedit.h"
 #include "app/user.h"
 #include "app/users.h"
+#include "crypto/code_page.h"
 #include "crypto/secure_wipe.h"
 #include "platform/clock.h"
 #include "platform/file_hold.h"
@@ -24,7 +23,6 @@ namespace {
 constexpr qint64 kBanSeconds = 86'400;
 /// As in the settings of a new database.
 constexpr std::int16_t kChancesOfUnknown = 10;
-const QString kExtension = QStringLiteral(".kvdb");
 
 }  // namespace
 
@@ -39,8 +37,9 @@ void Login::load() {
     m_isActivated = false;
     m_resultValue = Result::End;
     if (m_user != nullptr && std::exchange(m_isBlindTest, false)) {
-        // The test came to no verdict, so the key is no measure for the next one.
-        m_user->p_hashLgnKey(QString());
+        // The test came to no verdict, so the key is no measure for the next one, and must not
+        // come back as a remembered one that nobody is asked about.
+        forgetKeyOf(*m_user);
     }
     m_user = nullptr;
     m_state = LoginState();
@@ -79,47 +78,6 @@ Login::Focus Login::activate() {
                                   Prompt::Icon::Exclamation);
     }
     return m_user != nullptr && needsNoKey() ? Focus::RememberKey : Focus::Key;
-}
-
-void Login::takeStartFolder() {
-    if (m_startFolder.isEmpty()) {
-        return;
-    }
-    const QString folder = std::exchange(m_startFolder, QString());
-    const QString name = FileOperator::GetUserNameByPath(folder);
-    if (name.isEmpty() || !QFileInfo(folder).isDir()) {
-        m_ports.prompt.messageBox(QStringLiteral("用户【%1】不存在。").arg(name),
-                                  Prompt::Icon::Exclamation);
-        return;
-    }
-    selectUser(userAt(name, folder));
-}
-
-int Login::userAt(const QString& name, const QString& folder) {
-    std::shared_ptr<User> user = m_ports.users.GetUser(name);
-    if (user == nullptr) {
-        // Known for this run only: its record is written once a login has succeeded.
-        user = m_ports.users.makeUser();
-        user->p_privateFolder(folder);
-        m_ports.users.AddNewUser(user);
-    } else if (QFileInfo(folder) != QFileInfo(user->p_privateFolder())) {
-        if (QFileInfo::exists(user->p_activeFile())) {
-            m_ports.prompt.messageBox(
-                QStringLiteral("用户【%1】上次异常退出，其工作副本属于另一个私人文件夹：\r\n%2\r\n"
-                               "请先从那里登录一次，再打开这个密码数据库。")
-                    .arg(name, user->p_privateFolder()),
-                Prompt::Icon::Exclamation);
-            return -1;
-        }
-        // Another file, perhaps under another key: this machine knows nothing of it.
-        user->p_privateFolder(folder);
-        user->p_remLgnKey(false);
-        user->p_hashLgnKey(QString());
-    }
-    if (!m_state.userNames.contains(name)) {
-        m_state.userNames << name;
-    }
-    return static_cast<int>(m_state.userNames.indexOf(name));
 }
 
 void Login::selectUser(int index) {
@@ -199,7 +157,12 @@ void Login::OnLoginClicked() {
     }
     // The second in which a ban begins does not yet count as banned; without attempts left there is
     // nothing to try in it either.
-    if (IsBanned() || attemptsAreUsedUp()) {
+    const bool isBanned = IsBanned();
+    if (!isBanned && attemptsAreUsedUp()) {
+        ShowMessage(QStringLiteral("请 %1 后再试").arg(Time::ShowTime(kBanSeconds)),
+                    LoginState::Tone::Refused);
+    }
+    if (isBanned || attemptsAreUsedUp()) {
         notify();
         return;
     }
@@ -214,7 +177,14 @@ void Login::OnLoginClicked() {
         close(Result::LogIn);
         return;
     }
-    CountFailedAttempt();
+    if (!CountFailedAttempt()) {
+        m_ports.prompt.messageBox(
+            QStringLiteral("登录密钥错误！\r\n失败次数无法记录，因此不能再试。请检查配置文件夹是否"
+                           "可写、磁盘是否已满。"),
+            Prompt::Icon::Exclamation);
+        close(Result::End);
+        return;
+    }
     const auto answer = m_ports.prompt.messageBox(QStringLiteral("登录密钥错误！是否再试一次？"),
                                                   Prompt::Icon::Exclamation, Prompt::Buttons::YesNo,
                                                   QString(), Prompt::Answer::Yes);
@@ -242,7 +212,9 @@ bool Login::VerifyTypedKey() {
     if (needsNoKey()) {
         return true;
     }
-    if (!m_user->p_hashLgnKey().isEmpty() && !m_user->CheckLgnKey(m_mirror)) {
+    // No database has a key with other characters, so that not even the unsealing need try it.
+    if (!isInCodePage(m_mirror) ||
+        (!m_user->p_hashLgnKey().isEmpty() && !m_user->CheckLgnKey(m_mirror))) {
         return false;
     }
     // Without a hash this machine has never seen the database: the unsealing is the test.
@@ -260,16 +232,18 @@ bool Login::CheckValid() {
         m_ports.prompt, QStringLiteral("frmLogin.CheckValid"), false,
         [&] {
             const QString path = m_user->p_kvdbFile();
-            if (!QFileInfo(path).isFile()) {
+            const bool isThere = QFileInfo(path).isFile();
+            // What a crash has left opens without it, and is all that there is.
+            if (!isThere && !QFileInfo(m_user->p_activeFile()).isFile()) {
                 return refuse(QStringLiteral("密码数据库不存在！"));
             }
-            if (!path.endsWith(kExtension)) {
+            if (!path.endsWith(privatefolder::databaseExtension())) {
                 return refuse(QStringLiteral("数据库类型不合法！"));
             }
             if (m_mirror.isEmpty() && m_state.keyText.isEmpty()) {
                 return refuse(QStringLiteral("您忘记输入密钥了！"));
             }
-            if (!QFileInfo(path).isReadable() || isFileHeld(path)) {
+            if (isThere && (!QFileInfo(path).isReadable() || isFileHeld(path))) {
                 return refuse(QStringLiteral("[%1]:该密码数据库已被占用！").arg(path));
             }
             return true;
@@ -331,14 +305,14 @@ bool Login::attemptsAreUsedUp() const {
            m_user->p_attackTime().secsTo(m_ports.clock.now()) <= kBanSeconds;
 }
 
-void Login::CountFailedAttempt() {
+bool Login::CountFailedAttempt() {
     if (m_user->p_remainedTimes() > 0) {
         m_user->p_usedTimes(static_cast<std::int16_t>(m_user->p_usedTimes() + 1));
         if (m_user->p_remainedTimes() < 1) {
             m_user->p_attackTime(m_ports.clock.now());
         }
     }
-    m_user->WriteRegistry();
+    return m_user->WriteRegistry();
 }
 
 void Login::tick() {
@@ -383,78 +357,6 @@ void Login::cmdNewBuild() {
 
 void Login::cmdCancel() {
     close(Result::End);
-}
-
-void Login::cmdOpen() {
-    const QString filter = QStringLiteral("密码数据库(*%1)").arg(kExtension);
-    const QString path =
-        m_ports.files.FileDialog(false, QString(), m_ports.registry.p_defPrivateFolders(), filter);
-    if (path.isEmpty()) {
-        return;
-    }
-    const QFileInfo file(path);
-    const QString folder = file.absolutePath();
-    const QString name = file.completeBaseName();
-    if (QFileInfo(folder).fileName() != privatefolder::prefix() + name) {
-        m_ports.prompt.messageBox(
-            QStringLiteral("密码数据库未有正确处于前缀名为“%1”的私人文件夹中，不能登录！")
-                .arg(privatefolder::prefix()),
-            Prompt::Icon::Exclamation);
-        return;
-    }
-    selectUser(userAt(name, folder));
-}
-
-void Login::cmdRemove() {
-    if (m_user == nullptr) {
-        return;
-    }
-    (void)guardedRun(
-        m_ports.prompt, QStringLiteral("frmLogin.cmdRemove_Click"),
-        [&] {
-            const QString folder = m_user->p_privateFolder();
-            bool deletesFolder = false;
-            m_ports.beep();
-            if (m_user->p_hideDBPath() || !QFileInfo(folder).isDir()) {
-                if (m_ports.prompt.messageBox(QStringLiteral("您真的要移除此用户吗？"),
-                                              Prompt::Icon::Question,
-                                              Prompt::Buttons::YesNo) != Prompt::Answer::Yes) {
-                    return;
-                }
-            } else {
-                const auto answer = m_ports.prompt.messageBox(
-                    QStringLiteral(
-                        "即将移除此用户。\r\n检测到私人文件夹存在，您需要连带删除它吗？"),
-                    Prompt::Icon::Question, Prompt::Buttons::YesNoCancel);
-                if (answer == Prompt::Answer::Cancel) {
-                    return;
-                }
-                deletesFolder = answer == Prompt::Answer::Yes;
-            }
-            if (deletesFolder) {
-                privatefolder::destroy(folder);
-            }
-            DeleteUser();
-        },
-        Prompt::Icon::Exclamation);
-}
-
-void Login::DeleteUser() {
-    (void)guardedRun(
-        m_ports.prompt, QStringLiteral("frmLogin.DeleteUser"),
-        [&] {
-            const int index = m_state.currentUser;
-            m_ports.users.DeleteUser(m_state.userNames.at(index));
-            m_ports.users.RemoveUser(std::exchange(m_user, nullptr));
-            m_state.userNames.removeAt(index);
-            m_state.currentUser = -1;
-            if (m_state.userNames.isEmpty()) {
-                InitUserInterface(0);
-            } else {
-                selectUser(qMin(index, static_cast<int>(m_state.userNames.size()) - 1));
-            }
-        },
-        Prompt::Icon::Exclamation);
 }
 
 void Login::ShowMessage(const QString& text, LoginState::Tone tone) {

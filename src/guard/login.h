@@ -115,7 +115,8 @@ class Login {
     bool VerifyTypedKey();
     bool IsBanned();
     bool ShowChances();
-    void CountFailedAttempt();
+    /// False when the count could not be written.
+    bool CountFailedAttempt();
     void DeleteUser();
 
     /// state() has changed, or the form is to close.
@@ -135,8 +136,13 @@ class Login {
     [[nodiscard]] bool acceptsBlindTest();
     void takeStartFolder();
     /// Row of the user of that name, who is added for this run when this machine does not know it.
-    /// -1, and a message, when a crashed session of that user waits in another folder.
+    /// -1 when moveTo() refuses.
     int userAt(const QString& name, const QString& folder);
+    /// Lets a known user have another folder: all that is known goes along when the old one is not
+    /// there any more, and only the name when both are. False, and a message, when that is refused.
+    bool moveTo(User& user, const QString& folder);
+    /// This machine knows the user's name alone from here on.
+    static void forgetKeyOf(User& user);
     void showPath();
 
     Ports m_ports;

@@ -74,13 +74,9 @@ bool CheckSecretTip(const QString& text, QString& message) {
 }
 
 bool checkCharacters(const QString& secret, QString& message) {
-    message.clear();
-    for (const QChar unit : secret) {
-        if (ansiCode(unit) == u'?' && unit != u'?') {
-            message =
-                QStringLiteral("输入的内容含有无法区分的字符（如表情符号），请改用其它字符！");
-        }
-    }
+    message = isInCodePage(secret)
+                  ? QString()
+                  : QStringLiteral("输入的内容含有无法区分的字符（如表情符号），请改用其它字符！");
     return message.isEmpty();
 }
 

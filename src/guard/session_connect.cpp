@@ -95,9 +95,15 @@ void SessionConnect::open(bool& resumed) {
         throw Told{};
     }
     const QString path = m_ports.system.user().p_activeFile();
+    // The copy of an earlier session that could not be sealed is not this one's to delete.
+    m_ports.database.GetResumeTempFile(QString());
     resumed = !path.isEmpty() && QFileInfo(path).isFile();
     if (resumed) {
         resumed = resume(path);
+    }
+    if (resumed && !QFileInfo::exists(m_ports.database.p_kvdbFile())) {
+        // The sealing will need the folder again.
+        m_ports.system.RepairPrivateFolder();
     }
     if (!resumed) {
         unsealAndConnect();

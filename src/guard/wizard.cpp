@@ -206,6 +206,8 @@ void Wizard::undo(const Failure& failure, const QString& source) {
 
 void Wizard::build() {
     System& system = m_ports.system;
+    // What is undone after a failure must not be the copy of an earlier session.
+    m_ports.database.GetResumeTempFile(QString());
     const auto user = m_ports.users.makeUser();
     user->p_privateFolder(m_state.privateFolder);
     system.setUser(user);

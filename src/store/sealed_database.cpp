@@ -12,6 +12,7 @@
 #include <cmath>
 #include <utility>
 
+#include "crypto/code_page.h"
 #include "crypto/cryptor2.h"
 #include "crypto/cryptor3.h"
 #include "crypto/secure_wipe.h"
@@ -247,11 +248,11 @@ void SealedDatabase::removeRelatives() {
 }
 
 bool SealedDatabase::CheckLgnKey(const QString& key) const {
-    return Cryptor2::hashString(key) == m_keys.p_hashLgnKey();
+    return isInCodePage(key) && Cryptor2::hashString(key) == m_keys.p_hashLgnKey();
 }
 
 bool SealedDatabase::CheckIdpPwd(const QString& key) const {
-    return Cryptor2::hashString(key) == m_keys.p_idpPwdHashCode();
+    return isInCodePage(key) && Cryptor2::hashString(key) == m_keys.p_idpPwdHashCode();
 }
 
 bool SealedDatabase::IsIdpPwdNull() const {
@@ -303,7 +304,9 @@ bool SealedDatabase::removeWorkingCopy() {
 }
 
 void SealedDatabase::KeepWorkingCopy() {
-    QFile::remove(m_tmpFile + kFreshSuffix);
+    if (!m_tmpFile.isEmpty()) {
+        QFile::remove(m_tmpFile + kFreshSuffix);
+    }
     m_freshMark = UniqueFd();
 }
 

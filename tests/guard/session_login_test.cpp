@@ -5,6 +5,7 @@
 
 #include <QDir>
 
+#include "platform/file_hold.h"
 #include "support/campaign_setting.h"
 #include "support/file_size_limit.h"
 #include "support/session_fixture.h"
@@ -74,6 +75,38 @@ TEST_F(SessionTest, ADatabaseOfTheSameNameInAnotherFolderIsJudgedByItself) {
     EXPECT_TRUE(QFileInfo::exists(sealedFile));
 }
 
+TEST_F(SessionTest, APrivateFolderThatWasMovedTakesAllThatIsKnownAlong) {
+    const QString other = home.path(QStringLiteral("moved/")) + QFileInfo(folder).fileName();
+    restart();  // by a crash
+    QDir().mkpath(QFileInfo(other).path());
+    ASSERT_TRUE(QDir().rename(folder, other));
+    program->login.setStartFolder(other);
+    prompt.answers = {Prompt::Answer::No};
+    program->login.activate();
+    EXPECT_TRUE(lastText().contains(QStringLiteral("其私人文件夹已不在原处")));
+    EXPECT_EQ(stored()->p_privateFolder(), folder);
+    restart();
+    program->login.setStartFolder(other);
+    prompt.answers = {Prompt::Answer::Yes, Prompt::Answer::Yes};
+    program->login.activate();
+    program->typeAndLogIn(QStringLiteral("wrong key"));
+    EXPECT_EQ(lastText(), QStringLiteral("登录密钥错误！是否再试一次？")) << "no blind test";
+    ASSERT_TRUE(program->enter(key)) << lastText().toStdString();
+    EXPECT_TRUE(program->resumed);
+    EXPECT_EQ(program->logged(6), 1);
+    prompt.boxes.clear();
+    leaveAndRestart();
+    EXPECT_EQ(stored()->p_privateFolder(), other);
+
+    // Nothing is left but the working copy: it opens, and its sealing makes the folder again.
+    ASSERT_TRUE(program->enter(key));
+    restart();
+    ASSERT_TRUE(QDir(other).removeRecursively());
+    ASSERT_TRUE(program->enter(key)) << lastText().toStdString();
+    EXPECT_TRUE(program->leave());
+    EXPECT_TRUE(QFileInfo(program->system.p_kvdbFile()).isFile());
+}
+
 TEST_F(SessionTest, WrongKeysAreCountedExactlyUntilTheBan) {
     leaveAndRestart();
     Login* login = &program->login;
@@ -119,6 +152,7 @@ TEST_F(SessionTest, WrongKeysAreCountedExactlyUntilTheBan) {
         }
         program->typeAndLogIn(key);
         EXPECT_EQ(program->login.m_result() == Result::LogIn, moment.letsIn) << moment.seconds;
+        EXPECT_EQ(program->login.state().chancesTone == LoginState::Tone::Refused, !moment.letsIn);
         EXPECT_EQ(stored()->p_usedTimes(), 10);
     }
     ASSERT_TRUE(program->road.ConnectDatabase(program->resumed));
@@ -179,6 +213,27 @@ TEST_F(SessionTest, NoNearMissOfTheKeyPassesAndEachIsCounted) {
     EXPECT_EQ(program->login.m_result(), Result::LogIn);
 }
 
+TEST_F(SessionTest, AKeyWithCharactersOutsideTheCodePageIsNotTheOneWithQuestionMarks) {
+    leaveAndRestart();
+    program->login.activate();
+    const auto user = program->users.GetUser(name);
+    user->p_plainLgnKey(QStringLiteral("ab?123"));
+    EXPECT_TRUE(user->CheckLgnKey(QStringLiteral("ab?123")));
+    EXPECT_FALSE(user->CheckLgnKey(QStringLiteral("ab\u00f1123")));
+}
+
+TEST_F(SessionTest, NobodyTriesOnWhereFailedAttemptsCannotBeCounted) {
+    leaveAndRestart();
+    program->login.activate();
+    {
+        const FileSizeLimit full(0);
+        program->typeAndLogIn(QStringLiteral("wrong key"));
+    }
+    EXPECT_TRUE(lastText().contains(QStringLiteral("失败次数无法记录")));
+    EXPECT_TRUE(program->login.isClosed());
+    EXPECT_EQ(program->login.m_result(), Result::End);
+}
+
 TEST_F(SessionTest, ARememberedKeyAndAutoLoginNeedNoTyping) {
     leaveAndRestart();
     program->login.activate();
@@ -222,13 +277,25 @@ TEST_F(SessionTest, ADatabaseThatThisMachineHasNotSeenIsTestedByUnsealing) {
         EXPECT_EQ(program->login.state().pathText, sealedFile);
     }
     // A wrong key would destroy: that is said first, and No goes back to the form.
+    program->login.setAutoLogin(true);
     for (const auto answer : {Prompt::Answer::No, Prompt::Answer::Yes}) {
         prompt.answers = {answer};
         program->typeAndLogIn(key);
         EXPECT_TRUE(lastText().startsWith(QStringLiteral("本机没有登录过这个密码数据库")));
         ASSERT_EQ(program->login.isClosed(), answer == Prompt::Answer::Yes);
     }
-    ASSERT_TRUE(program->road.ConnectDatabase(program->resumed));
+    // A test without a verdict leaves no key that the next one would take for remembered.
+    FileHold other;
+    ASSERT_TRUE(other.take(sealedFile));
+    EXPECT_FALSE(program->road.ConnectDatabase(program->resumed));
+    program->login.load();
+    program->login.activate();
+    EXPECT_EQ(program->login.state().keyText, QString());
+    EXPECT_FALSE(program->login.state().remLgnKey || program->login.state().autoLogin);
+    other.release();
+    prompt.answers = {Prompt::Answer::Yes};
+    program->typeAndLogIn(key);
+    ASSERT_TRUE(program->road.ConnectDatabase(program->resumed)) << lastText().toStdString();
     program->road.RecordLogin(false);
     EXPECT_TRUE(stored());
 
@@ -257,6 +324,15 @@ TEST_F(SessionTest, TheDatabaseIsCheckedBeforeTheKey) {
 }
 
 TEST_F(SessionTest, AUserIsRemovedAsAnswered) {
+    restart();  // by a crash
+    program->login.activate();
+    const QString copy = stored()->p_activeFile();
+    prompt.answers = {Prompt::Answer::Yes, Prompt::Answer::No};
+    program->login.cmdRemove();
+    EXPECT_TRUE(lastText().contains(copy)) << "the way to what the crash has left";
+    EXPECT_TRUE(stored() && QFileInfo::exists(sealedFile) && QFileInfo::exists(copy));
+    ASSERT_TRUE(program->enter(key));
+    prompt.boxes.clear();
     leaveAndRestart();
     program->login.activate();
     prompt.answers = {Prompt::Answer::Cancel};

@@ -1,0 +1,176 @@
+// SPDX-FileCopyrightText: Morvane Keeper contributors
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+// The users in the list of the login form: opened from a folder, moved, removed.
+
+#include <QFileInfo>
+#include <utility>
+
+#include "app/file_operator.h"
+#include "app/private_folder.h"
+#include "app/regedit.h"
+#include "app/user.h"
+#include "app/users.h"
+#include "guard/login.h"
+#include "platform/durable_file.h"
+#include "platform/prompt.h"
+#include "store/failure.h"
+
+namespace keeper {
+
+void Login::forgetKeyOf(User& user) {
+    user.p_autoLogin(false);
+    user.p_fingerprint(false);
+    user.p_remLgnKey(false);
+    user.p_hashLgnKey(QString());
+}
+
+void Login::takeStartFolder() {
+    if (m_startFolder.isEmpty()) {
+        return;
+    }
+    const QString folder = std::exchange(m_startFolder, QString());
+    const QString name = FileOperator::GetUserNameByPath(folder);
+    if (name.isEmpty() || !QFileInfo(folder).isDir()) {
+        m_ports.prompt.messageBox(QStringLiteral("用户【%1】不存在。").arg(name),
+                                  Prompt::Icon::Exclamation);
+        return;
+    }
+    selectUser(userAt(name, folder));
+}
+
+int Login::userAt(const QString& name, const QString& folder) {
+    std::shared_ptr<User> user = m_ports.users.GetUser(name);
+    if (user == nullptr) {
+        // Known for this run only: its record is written once a login has succeeded.
+        user = m_ports.users.makeUser();
+        user->p_privateFolder(folder);
+        m_ports.users.AddNewUser(user);
+    } else if (QFileInfo(folder) != QFileInfo(user->p_privateFolder()) && !moveTo(*user, folder)) {
+        return -1;
+    }
+    if (!m_state.userNames.contains(name)) {
+        m_state.userNames << name;
+    }
+    return static_cast<int>(m_state.userNames.indexOf(name));
+}
+
+bool Login::moveTo(User& user, const QString& folder) {
+    const bool wasMoved = !QFileInfo::exists(user.p_kvdbFile());
+    if (QFileInfo::exists(user.p_activeFile())) {
+        const QString place =
+            user.p_hideDBPath() ? QString() : QStringLiteral("\r\n") + user.p_privateFolder();
+        if (!wasMoved) {
+            m_ports.prompt.messageBox(
+                QStringLiteral("用户【%1】上次异常退出，其工作副本属于另一个私人文件夹：%2\r\n"
+                               "请先从那里登录一次，再打开这个密码数据库。")
+                    .arg(user.p_userName(), place),
+                Prompt::Icon::Exclamation);
+            return false;
+        }
+        // The copy would be sealed over what lies here.
+        if (m_ports.prompt.messageBox(
+                QStringLiteral("用户【%1】上次异常退出，其私人文件夹已不在原处：%2\r\n"
+                               "它是移到这里来了吗？选“是”则登录时恢复上次的改动，并保存到这里。")
+                    .arg(user.p_userName(), place),
+                Prompt::Icon::Exclamation, Prompt::Buttons::YesNo) != Prompt::Answer::Yes) {
+            return false;
+        }
+    }
+    user.p_privateFolder(folder);
+    if (!wasMoved) {
+        // Another file, perhaps under another key: this machine knows nothing of it.
+        forgetKeyOf(user);
+    }
+    return true;
+}
+
+void Login::cmdOpen() {
+    const QString filter =
+        QStringLiteral("密码数据库(*%1)").arg(privatefolder::databaseExtension());
+    const QString path =
+        m_ports.files.FileDialog(false, QString(), m_ports.registry.p_defPrivateFolders(), filter);
+    if (path.isEmpty()) {
+        return;
+    }
+    const QFileInfo file(path);
+    const QString folder = file.absolutePath();
+    const QString name = file.completeBaseName();
+    if (QFileInfo(folder).fileName() != privatefolder::prefix() + name) {
+        m_ports.prompt.messageBox(
+            QStringLiteral("密码数据库未有正确处于前缀名为“%1”的私人文件夹中，不能登录！")
+                .arg(privatefolder::prefix()),
+            Prompt::Icon::Exclamation);
+        return;
+    }
+    selectUser(userAt(name, folder));
+}
+
+void Login::cmdRemove() {
+    if (m_user == nullptr) {
+        return;
+    }
+    (void)guardedRun(
+        m_ports.prompt, QStringLiteral("frmLogin.cmdRemove_Click"),
+        [&] {
+            const QString folder = m_user->p_privateFolder();
+            bool deletesFolder = false;
+            m_ports.beep();
+            if (m_user->p_hideDBPath() || !QFileInfo(folder).isDir()) {
+                if (m_ports.prompt.messageBox(QStringLiteral("您真的要移除此用户吗？"),
+                                              Prompt::Icon::Question,
+                                              Prompt::Buttons::YesNo) != Prompt::Answer::Yes) {
+                    return;
+                }
+            } else {
+                const auto answer = m_ports.prompt.messageBox(
+                    QStringLiteral(
+                        "即将移除此用户。\r\n检测到私人文件夹存在，您需要连带删除它吗？"),
+                    Prompt::Icon::Question, Prompt::Buttons::YesNoCancel);
+                if (answer == Prompt::Answer::Cancel) {
+                    return;
+                }
+                deletesFolder = answer == Prompt::Answer::Yes;
+            }
+            const QString copy = m_user->p_activeFile();
+            if (QFileInfo::exists(copy)) {
+                // Nothing would lead to it any more.
+                if (m_ports.prompt.messageBox(
+                        QStringLiteral("此用户上次异常退出，其间的改动还在工作副本中：\r\n%1\r\n"
+                                       "再登录一次即可恢复；移除用户后不能再恢复。仍要移除吗？")
+                            .arg(copy),
+                        Prompt::Icon::Exclamation, Prompt::Buttons::YesNo) != Prompt::Answer::Yes) {
+                    return;
+                }
+                if (deletesFolder) {
+                    removeFile(copy);
+                    removeFile(copy + QStringLiteral("-journal"));
+                }
+            }
+            if (deletesFolder) {
+                privatefolder::destroy(folder);
+            }
+            DeleteUser();
+        },
+        Prompt::Icon::Exclamation);
+}
+
+void Login::DeleteUser() {
+    (void)guardedRun(
+        m_ports.prompt, QStringLiteral("frmLogin.DeleteUser"),
+        [&] {
+            const int index = m_state.currentUser;
+            m_ports.users.DeleteUser(m_state.userNames.at(index));
+            m_ports.users.RemoveUser(std::exchange(m_user, nullptr));
+            m_state.userNames.removeAt(index);
+            m_state.currentUser = -1;
+            if (m_state.userNames.isEmpty()) {
+                InitUserInterface(0);
+            } else {
+                selectUser(qMin(index, static_cast<int>(m_state.userNames.size()) - 1));
+            }
+        },
+        Prompt::Icon::Exclamation);
+}
+
+}  // namespace keeper
