@@ -167,6 +167,7 @@ void FileJob::checkPadding(Cryptor3& cipher, const QString& key, const QString& 
     sealed.readAt(sealed.size() - block, expected);
     plain.readAt(plain.size() - plain.size() % block, tail);
     std::vector<std::uint8_t> again;
+    cipher.SetCipherKeyString(key, bits, bits, /*isHex=*/false);
     cipher.ArrayEncrypt(tail, again, /*appendSize=*/true, bits);
     if (again != expected) {
         throw Exit(kFailed, QStringLiteral("%1：密钥错误，或文件已损坏").arg(m_source));
