@@ -70,8 +70,9 @@ class AutoGuardParts : public QObject {
     void start();
     /// Once a second, while the session runs.
     void tick();
-    /// The main form goes to the tray, or comes back from it.
-    void hideToTray() { tray.hideToTray(); }
+    /// The main form goes to the tray, or comes back from it. False without a tray: then it is
+    /// minimised.
+    bool hideToTray() { return tray.hideToTray(); }
     void comeBack() { tray.comeBack(); }
     /// The session ends: nothing stays locked.
     void release() { guardian.UnlockInstantly(/*bExit=*/true); }

@@ -237,7 +237,12 @@ Login::Ports DesktopProgram::Graph::loginPorts() {
             regedit,
             [this] { return keyboard.capsLock(); },
             [] { QApplication::beep(); },
-            [](const QString& folder) { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); },
+            [this](const QString& folder) {
+                if (!QDesktopServices::openUrl(QUrl::fromLocalFile(folder))) {
+                    prompt.messageBox(QStringLiteral("无法打开文件夹：\r\n%1").arg(folder),
+                                      Prompt::Icon::Exclamation);
+                }
+            },
             [this] { return fingerprints.isAvailable(); },
             [this](auto tell) { fingerprints.lookFor(std::move(tell)); },
             [this](QString& userName) { return protection.verifyFinger(userName); },
@@ -251,10 +256,10 @@ SessionEnd::Ports DesktopProgram::Graph::sessionEndPorts() {
             sealed,
             logs,
             files,
-            [this] { autoGuard.hideToTray(); },
+            [this] { return autoGuard.hideToTray(); },
             [this](const QString& title, const QString& text) { tray.showBalloon(text, title); },
             [this] { return parts.workspace.m_editState != EditState::Browse; },
-            [] {},
+            [this] { parts.workspace.services.monitor.ActivateMonitor(kFillEnded); },
             [this] { clipboard.clear(); },
             [this] { autoGuard.release(); },
             [this] {
@@ -294,14 +299,18 @@ void DesktopProgram::Graph::connectSession() {
         tellRunTime();
         autoGuard.tick();
     });
-    QObject::connect(&instance, &SingleInstance::raiseRequested, &mainWindow, [this] {
-        if (QWidget* window = QApplication::activeModalWidget()) {
-            window->raise();
-            window->activateWindow();
-        } else if (mainWindow.isVisible() || tmrRunTime.isActive()) {
-            autoGuard.comeBack();
-        }
-    });
+    QObject::connect(&instance, &SingleInstance::raiseRequested, &mainWindow,
+                     [this](const QString& path) {
+                         if (windows.bringLoginToFront(path)) {
+                             return;
+                         }
+                         if (QWidget* window = QApplication::activeModalWidget()) {
+                             window->raise();
+                             window->activateWindow();
+                         } else if (mainWindow.isVisible() || tmrRunTime.isActive()) {
+                             autoGuard.comeBack();
+                         }
+                     });
     QObject::connect(&sessionWatch, &SessionWatch::ending, &mainWindow, [this] {
         if (tmrRunTime.isActive()) {
             endSession(CloseReason::SessionEnds);
@@ -336,6 +345,10 @@ void DesktopProgram::Graph::buildMainWindow() {
                                 [this] { endSessionSoon(); }});
     secrets.carryOut(mainWindow.actions());
     autoGuard.carryOut(mainWindow.actions());
+    mainWindow.actions().carryOut(QStringLiteral("mn_about"), [this] {
+        prompt.messageBox(aboutText(), Prompt::Icon::Information, Prompt::Buttons::Ok,
+                          QStringLiteral("关于"));
+    });
 }
 
 void DesktopProgram::Graph::startWorkspace() {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "app/private_folder.h"
+#include "app/program_info.h"
 #include "app/user.h"
 #include "app/users.h"
 #include "crypto/code_page.h"
@@ -353,6 +354,11 @@ bool Login::LoginThroughFingerprint() {
 
 void Login::cmdNewBuild() {
     close(Result::Wizard);
+}
+
+void Login::mn_about() {
+    m_ports.prompt.messageBox(aboutText(), Prompt::Icon::Information, Prompt::Buttons::Ok,
+                              QStringLiteral("关于"));
 }
 
 void Login::cmdCancel() {

@@ -104,8 +104,11 @@ class Login {
     void OnLoginClicked();
     void cmdNewBuild();
     void cmdOpen();
+    /// Selects the user of the database at `path`, as if it had been opened.
+    void lookAt(const QString& path);
     void cmdRemove();
     void cmdCancel();
+    void mn_about();
     void openPath();
     bool LoginThroughFingerprint();
     /// Once a second while the form is up, so that the time left of a ban counts down.

@@ -90,9 +90,12 @@ void Login::cmdOpen() {
         QStringLiteral("密码数据库(*%1)").arg(privatefolder::databaseExtension());
     const QString path =
         m_ports.files.FileDialog(false, QString(), m_ports.registry.p_defPrivateFolders(), filter);
-    if (path.isEmpty()) {
-        return;
+    if (!path.isEmpty()) {
+        lookAt(path);
     }
+}
+
+void Login::lookAt(const QString& path) {
     const QFileInfo file(path);
     const QString folder = file.absolutePath();
     const QString name = file.completeBaseName();

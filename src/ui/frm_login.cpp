@@ -3,6 +3,7 @@
 
 #include "ui/frm_login.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QEvent>
@@ -15,6 +16,7 @@
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "app/program_info.h"
 #include "guard/login.h"
@@ -198,6 +200,12 @@ void frmLogin::connectControls() {
             txtLgnKey->edit()->setFocus();
         }
     });
+    auto* about = new QAction(QStringLiteral("关于...(&A)"), this);
+    about->setObjectName(QStringLiteral("mn_about"));
+    about->setShortcut(Qt::Key_F1);
+    connect(about, &QAction::triggered, this, [this] { m_login.mn_about(); });
+    addAction(about);
+    setContextMenuPolicy(Qt::ActionsContextMenu);
     connect(cmdNewBuild, &QPushButton::clicked, this, [this] { m_login.cmdNewBuild(); });
     connect(cmdOpen, &QPushButton::clicked, this, [this] { m_login.cmdOpen(); });
     connect(cmdRemove, &QPushButton::clicked, this, [this] { m_login.cmdRemove(); });
@@ -275,9 +283,12 @@ void frmLogin::updateState() {
 
 void frmLogin::showUsers(const LoginState& state) {
     const QSignalBlocker blocker(cboUsers);
-    cboUsers->clear();
-    for (const QString& name : state.userNames) {
-        cboUsers->addItem(glyphIcon(Glyph::User), name);
+    // A ban tells its time each second, while somebody may choose another user.
+    if (std::exchange(m_shownUsers, state.userNames) != state.userNames) {
+        cboUsers->clear();
+        for (const QString& name : state.userNames) {
+            cboUsers->addItem(glyphIcon(Glyph::User), name);
+        }
     }
     cboUsers->setCurrentIndex(state.currentUser);
 }

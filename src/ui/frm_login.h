@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QStringList>
 
 class QCheckBox;
 class QComboBox;
@@ -63,6 +64,7 @@ class frmLogin final : public QDialog {
     QPushButton* cmdCancel = nullptr;
     QTimer* tmrFlash = nullptr;
     bool m_isActivated = false;
+    QStringList m_shownUsers;
 };
 
 }  // namespace keeper

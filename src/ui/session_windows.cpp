@@ -60,12 +60,28 @@ void SessionWindows::setStartFolder(const QString& folder) {
 SessionForms::LoginResult SessionWindows::showLogin() {
     m_login.load();
     frmLogin form(m_login, m_keyboard);
+    m_loginForm = &form;
     if (m_behindLogin) {
         constexpr std::chrono::milliseconds kPainted{150};
         QTimer::singleShot(kPainted, &form, m_behindLogin);
     }
     form.run();
     return m_login.m_result();
+}
+
+bool SessionWindows::bringLoginToFront(const QString& path) {
+    if (m_loginForm == nullptr || QApplication::activeModalWidget() != m_loginForm) {
+        return false;
+    }
+    if (m_loginForm->isMinimized()) {
+        m_loginForm->showNormal();
+    }
+    m_loginForm->raise();
+    m_loginForm->activateWindow();
+    if (!path.isEmpty()) {
+        m_login.lookAt(path);
+    }
+    return true;
 }
 
 bool SessionWindows::showWizard() {

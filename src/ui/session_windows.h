@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <QDialog>
+#include <QPointer>
 #include <functional>
 #include <memory>
 
@@ -45,6 +47,9 @@ class SessionWindows final : public SessionForms {
     LoginResult showLogin() override;
     bool showWizard() override;
     void showMain() override;
+    /// Brings the login form to the front when it waits for the person, and lets it look at `path`
+    /// unless that is empty. False when something else is in front.
+    bool bringLoginToFront(const QString& path);
     /// Runs while the login form waits for the person, once its window stands.
     void setBehindLogin(std::function<void()> work) { m_behindLogin = std::move(work); }
     /// Fills the main window, just before it appears.
@@ -58,6 +63,7 @@ class SessionWindows final : public SessionForms {
     std::function<void()> m_behindLogin;
     std::function<void()> m_beforeMain;
     std::unique_ptr<frmSplash> m_splash;
+    QPointer<QDialog> m_loginForm;
 };
 
 }  // namespace keeper

@@ -41,9 +41,10 @@ bool SessionEnd::requestClose(CloseReason reason, AutoExit autoExit) {
     switch (reason) {
         case CloseReason::User:
             if (m_ports.system.settings().p_close2Tray()) {
-                m_ports.hideToTray();
-                m_ports.showBalloon(QString(),
-                                    QStringLiteral("管理器已隐藏到托盘，单击图标还原管理器。"));
+                if (m_ports.hideToTray()) {
+                    m_ports.showBalloon(QString(),
+                                        QStringLiteral("管理器已隐藏到托盘，单击图标还原管理器。"));
+                }
                 return false;
             }
             asksAboutEditing = true;
@@ -139,12 +140,22 @@ void SessionEnd::seal() {
     }
     if (m_hasBackup) {
         copyBackup();
-    } else if (mode == CryptMode::SealAfterFailedBackup) {
-        // The sealing is over before anybody can read it in its window.
-        m_ports.showBalloon(QStringLiteral("退出备份失败"),
-                            QStringLiteral("指定备份路径无效：%1").arg(m_backupPath));
     }
     writeUser();
+    if (mode == CryptMode::SealAfterFailedBackup) {
+        tellFailedBackup();
+    }
+}
+
+/// The sealing is over before anybody can read it in its window, and a balloon goes with the icon.
+void SessionEnd::tellFailedBackup() {
+    const QString title = QStringLiteral("退出备份失败");
+    const QString text = QStringLiteral("指定备份路径无效：%1").arg(m_backupPath);
+    if (m_status == kExitNormal) {
+        m_ports.prompt.messageBox(text, Prompt::Icon::Exclamation, Prompt::Buttons::Ok, title);
+    } else {
+        m_ports.showBalloon(title, text);  // nobody may be there to answer a box
+    }
 }
 
 void SessionEnd::writeUser() {

@@ -36,8 +36,8 @@ class SessionEnd {
         SealedDatabase& database;
         SysLogs& logs;
         FileOperator& files;
-        /// The main window hides itself to the tray.
-        std::function<void()> hideToTray;
+        /// The main window hides itself to the tray; false when there is none, and it is minimised.
+        std::function<bool()> hideToTray;
         std::function<void(const QString& title, const QString& text)> showBalloon;
         std::function<bool()> isEditing;
         std::function<void()> stopFill;
@@ -71,6 +71,7 @@ class SessionEnd {
     void seal();
     void copyBackup();
     /// The record of a session that has ended and left no working copy.
+    void tellFailedBackup();
     void writeUser();
     [[nodiscard]] bool isPeriodOver() const;
     void startNextPeriod();

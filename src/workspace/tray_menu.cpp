@@ -88,13 +88,15 @@ void TrayMenu::showLockWindow() {
     }
 }
 
-void TrayMenu::hideToTray() {
-    if (m_ports.tray.isAvailable()) {
+bool TrayMenu::hideToTray() {
+    const bool hasTray = m_ports.tray.isAvailable();
+    if (hasTray) {
         m_ports.hideMain();
     } else {
         m_ports.minimizeMain();
     }
     refresh();
+    return hasTray;
 }
 
 void TrayMenu::comeBack() {

@@ -60,7 +60,7 @@ class TrayMenu {
     bool SetLockState(bool isLocked);
     [[nodiscard]] bool isLocked() const { return m_isLocked; }
     /// Hides the main form to the tray, where there is one; it is minimised otherwise.
-    void hideToTray();
+    bool hideToTray();
     /// The way back to the main form from outside: it is shown, or the unlocking asked for.
     void comeBack();
     /// Asks for the independent password and unlocks.

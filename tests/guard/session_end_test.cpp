@@ -108,7 +108,7 @@ TEST_F(EndTest, BackupsFollowThePeriod) {
     EXPECT_EQ(path, home.path(QStringLiteral("none")));
     EXPECT_TRUE(program->leave());
     EXPECT_TRUE(sealedBy(CryptMode::SealAfterFailedBackup));
-    EXPECT_TRUE(program->events.contains(QStringLiteral("指定备份路径无效：") + path));
+    EXPECT_EQ(lastText(), QStringLiteral("指定备份路径无效：") + path);
     EXPECT_EQ(stored()->p_activeFile(), QString()) << "sealed nevertheless";
 }
 

@@ -141,8 +141,9 @@ struct SessionProgram {
     /// What the main window was asked to do at its end.
     QStringList events;
     bool isEditing = false;
+    bool hasTray = true;
     SessionEnd end{{prompt, clock, system, sealed, logs, files,
-                    [this] { events << QStringLiteral("hide"); },
+                    [this] { return events << QStringLiteral("hide"), hasTray; },
                     [this](const QString&, const QString& text) { events << text; },
                     [this] { return isEditing; }, [this] { events << QStringLiteral("fill"); },
                     [this] { events << QStringLiteral("clipboard"); },
