@@ -177,6 +177,14 @@ TEST_F(MachineTest, MissingSourcesGiveTagsOfTheSystemIdThatDoNotRevealIt) {
     EXPECT_NE(machine().diskTag(), tags.at(2));
 }
 
+TEST_F(MachineTest, AnIdThatCannotBeReadNowGivesWayToNoOther) {
+    // A folder stands for a disk that fails: it opens, and its reading does not.
+    write(QStringLiteral("/etc/machine-id/x"), "x");
+    write(QStringLiteral("/var/lib/dbus/machine-id"), "0123456789abcdef0123456789abcdef");
+    EXPECT_ANY_THROW((void)machine().diskTag());
+    EXPECT_FALSE(QFileInfo::exists(config()));
+}
+
 TEST_F(MachineTest, LastResortIsARandomIdThatStays) {
     const QString tag = machine().diskTag();
     const QFileInfo stored(config() + QStringLiteral("/machine-id"));

@@ -10,48 +10,85 @@
 #include <cerrno>
 #include <system_error>
 
+#include "platform/unique_fd.h"
+
 namespace keeper {
 namespace {
 
+/// What passes, and says nothing about the file.
 bool isShortage(int error) {
-    return error == EMFILE || error == ENFILE || error == ENOMEM || error == ENOBUFS;
+    switch (error) {
+        case EMFILE:
+        case ENFILE:
+        case ENOMEM:
+        case ENOBUFS:
+        case EAGAIN:
+        case ETIMEDOUT:
+            return true;
+        default:
+            return false;
+    }
 }
 
-[[noreturn]] void throwShortage(int error) {
-    throw std::system_error(error, std::generic_category(), "reading the machine's identity");
+/// No such file, or one for others only.
+bool isAbsence(int error) {
+    return error == ENOENT || error == ENOTDIR || error == EACCES || error == EPERM;
+}
+
+[[noreturn]] void fail(int error, const QString& path) {
+    throw std::system_error(error, std::generic_category(),
+                            "reading the machine's identity: " + path.toStdString());
+}
+
+/// The beginning of a file. `error` is 0 when it could be read, and what came before an error is
+/// no content.
+QByteArray beginningOf(const QString& path, int& error) {
+    constexpr qsizetype kMost = 65536;
+    error = 0;
+    const UniqueFd file(
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file.isValid()) {
+        error = errno;
+        return {};
+    }
+    QByteArray content(kMost, Qt::Uninitialized);
+    qsizetype size = 0;
+    while (size < kMost) {
+        const ssize_t got =
+            ::read(file.get(), content.data() + size, static_cast<std::size_t>(kMost - size));
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 0) {
+            error = errno;
+            return {};
+        }
+        if (got == 0) {
+            break;
+        }
+        size += got;
+    }
+    content.truncate(size);
+    return content;
 }
 
 }  // namespace
 
 QByteArray readSmallFile(const QString& path) {
-    constexpr qsizetype kMost = 65536;
-    const int file = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (file < 0) {
-        if (isShortage(errno)) {
-            throwShortage(errno);
-        }
-        return {};
-    }
-    QByteArray content(kMost, Qt::Uninitialized);
-    qsizetype size = 0;
     int error = 0;
-    while (size < kMost) {
-        const ssize_t got =
-            ::read(file, content.data() + size, static_cast<std::size_t>(kMost - size));
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
-        if (got <= 0) {
-            error = got < 0 ? errno : 0;
-            break;
-        }
-        size += got;
-    }
-    ::close(file);
+    QByteArray content = beginningOf(path, error);
     if (isShortage(error)) {
-        throwShortage(error);
+        fail(error, path);
     }
-    content.truncate(error == 0 ? size : 0);
+    return content;
+}
+
+QByteArray readIdFile(const QString& path) {
+    int error = 0;
+    QByteArray content = beginningOf(path, error);
+    if (error != 0 && !isAbsence(error)) {
+        fail(error, path);
+    }
     return content;
 }
 

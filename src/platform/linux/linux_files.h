@@ -13,6 +13,10 @@ namespace keeper {
 /// to look (no free descriptor, no memory): the answer must not then be "absent".
 [[nodiscard]] QByteArray readSmallFile(const QString& path);
 
+/// The same for a file that must not give way to another source unless it really is absent or
+/// closed to this user: every other failure throws.
+[[nodiscard]] QByteArray readIdFile(const QString& path);
+
 /// One printable line: control characters and runs of blanks become one blank, the ends are
 /// trimmed, at most 255 units are kept.
 [[nodiscard]] QString oneLine(const QByteArray& utf8);

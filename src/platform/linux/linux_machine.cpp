@@ -145,7 +145,9 @@ bool LinuxMachine::isConnectedToNetwork() {
 const QString& LinuxMachine::systemId() {
     if (m_systemId.isEmpty()) {
         for (const char* file : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
-            m_systemId = validId(readSmallFile(m_sources.root + QLatin1String(file)));
+            // A disk that fails at this moment must not make this machine a stranger to its own
+            // databases: only an id that is not there, or not for us, gives way to the next.
+            m_systemId = validId(readIdFile(m_sources.root + QLatin1String(file)));
             if (!m_systemId.isEmpty()) {
                 return m_systemId;
             }
