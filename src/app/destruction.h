@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace keeper {
 
@@ -17,7 +18,8 @@ class Users;
 ///
 /// What is to be destroyed is noted durably before the first deletion, so that an interruption (a
 /// kill, a power cut) is finished at the next start instead of leaving a database whose attempt
-/// counter is gone.
+/// counter is gone. A sealed file that somebody has put in its place since, such as a backup, is
+/// not destroyed.
 class Destruction {
   public:
     Destruction(const UserFolders& folders, Users& users, Prompt& prompt)
@@ -26,27 +28,35 @@ class Destruction {
     /// Destroys the session's user. What cannot be deleted now is told and tried again at the next
     /// start.
     void destroy(System& system, bool deletesFolder);
-    /// Finishes what an earlier run began. REQUIRES: Users::InitUsers() has run.
-    void finishInterrupted();
+    /// Finishes what earlier runs began. Returns what the person must be told, text by text.
+    /// REQUIRES: Users::InitUsers() has run.
+    [[nodiscard]] QStringList finishInterrupted();
 
   private:
     struct Note {
+        QString path;  ///< of the note itself
         QString userName;
         QString privateFolder;
         QString sealedFile;
-        QString workingCopy;
+        /// Which file it was; empty in an older note.
+        QString sealedIdentity;
+        /// Of the session, and of a crashed one before it.
+        QStringList workingCopies;
         bool deletesFolder = false;
     };
 
     [[nodiscard]] QString stateFolder() const;
-    [[nodiscard]] QString notePath() const;
+    [[nodiscard]] QString notePath(const QString& privateFolder) const;
     void write(const Note& note) const;
-    /// Whether the note names a private folder of its own user, and a working copy of this program;
+    [[nodiscard]] static Note read(const QString& path);
+    [[nodiscard]] QString finish(const Note& note);
+    /// Whether the note names a private folder of its own user, and working copies of this program;
     /// anything else is not ours to delete.
     [[nodiscard]] bool isSound(const Note& note) const;
     void forgetUser(const Note& note);
-    void deleteFiles(const Note& note);
-    [[nodiscard]] static bool isDone(const Note& note);
+    /// Throws what could not be deleted; the note stays then.
+    void deleteFiles(const Note& note) const;
+    void deleteCopies(const Note& note) const;
 
     const UserFolders& m_folders;
     Users& m_users;

@@ -37,6 +37,15 @@ std::optional<RegistryImage> Regedit::load() const {
     }
 }
 
+QString Regedit::fault() const {
+    try {
+        static_cast<void>(m_store.read());
+        return {};
+    } catch (...) {
+        return currentFailure().description;
+    }
+}
+
 bool Regedit::change(const std::function<void(RegistryImage&)>& operation) {
     if (m_pending != nullptr) {
         operation(*m_pending);

@@ -56,6 +56,10 @@ class Regedit {
     /// disk, and in one write. False when that failed or `changes` returned false.
     bool atomically(const std::function<bool()>& changes);
 
+    /// Why the store cannot be read, for a person; empty when it can. The operations above take it
+    /// for a failed read without a word.
+    [[nodiscard]] QString fault() const;
+
   private:
     [[nodiscard]] std::optional<RegistryImage> load() const;
     [[nodiscard]] std::optional<RegistryValue> value(const QString& name) const;

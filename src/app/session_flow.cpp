@@ -61,10 +61,14 @@ bool Main::RunPrerequisiteChecks() {
         refusal = QStringLiteral("您的计算机尚未正确配置SQLCipher 数据库引擎，加载失败。\r\n%1")
                       .arg(reason);
     }
+    QStringList notices;
     if (refusal.isEmpty()) {
-        m_checks.initUsers();
+        notices = m_checks.initUsers();
     }
     m_forms.closeSplash();
+    for (const QString& notice : notices) {
+        m_prompt.messageBox(notice, Prompt::Icon::Exclamation);
+    }
     if (!refusal.isEmpty()) {
         m_prompt.messageBox(refusal, Prompt::Icon::Exclamation);
     }

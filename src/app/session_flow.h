@@ -20,8 +20,9 @@ struct StartChecks {
     /// Known answers of the ciphers and of the encrypting database engine; an empty text means that
     /// all is well, else what is wrong.
     std::function<QString()> selfTest;
-    /// Reads the users of this machine.
-    std::function<void()> initUsers;
+    /// Reads the users of this machine. Returns what the person must be told before the login, text
+    /// by text.
+    std::function<QStringList()> initUsers;
 };
 
 /// The road between login and main form, which stands on the guard of the database.

@@ -63,7 +63,10 @@ class SessionFlowTest : public ::testing::Test {
   protected:
     StartChecks checks() {
         return {[this] { return isOnly; }, [this] { return hasInfo; }, [this] { return selfTest; },
-                [this] { script.events << QStringLiteral("users"); }};
+                [this] {
+                    script.events << QStringLiteral("users");
+                    return notices;
+                }};
     }
     bool run(const QString& commandLine = {}) {
         Main main(prompt, script, script, checks());
@@ -75,13 +78,17 @@ class SessionFlowTest : public ::testing::Test {
     bool isOnly = true;
     bool hasInfo = true;
     QString selfTest;
+    QStringList notices;
 };
 
 TEST_F(SessionFlowTest, LoopsOverLoginUntilADatabaseIsOpen) {
     script.logins = {LoginResult::Wizard, LoginResult::LogIn, LoginResult::LogIn};
     script.wizards = {false};
     script.connects = {false, true};
+    notices = {QStringLiteral("a"), QStringLiteral("b")};
+    prompt.onShown = [this] { EXPECT_EQ(script.events.size(), 3) << "behind the splash"; };
     EXPECT_TRUE(run());
+    EXPECT_EQ(prompt.takeTexts(), notices);
     EXPECT_EQ(script.events.join(QLatin1Char(',')),
               QStringLiteral("splash,users,splash closed,folder ,login,wizard,login,connect,login,"
                              "connect,report 0,record 0,main"));

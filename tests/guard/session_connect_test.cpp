@@ -48,7 +48,8 @@ class ConnectTest : public SessionTest {
         EXPECT_EQ(stored() != nullptr, fate == Fate::Kept);
         EXPECT_EQ(program->users.Exists(name), fate == Fate::Kept);
         EXPECT_EQ(workingCopies(), QStringList());
-        EXPECT_FALSE(QFileInfo::exists(notePath()));
+        EXPECT_EQ(QDir(stateFolder()).entryList({QStringLiteral("destruction*.json")}),
+                  QStringList());
     }
     [[nodiscard]] QString stateFolder() const {
         return program->folders.state + QStringLiteral("/morvane-keeper");
@@ -264,10 +265,33 @@ TEST_F(ConnectTest, AnInterruptedDestructionIsFinishedAndAnUnsoundNoteDeletesNot
     EXPECT_TRUE(QFileInfo::exists(sealedFile) && stored());
 
     putContent(copy + QStringLiteral("-journal"), "x");
+    QJsonObject replaced = sound;
+    replaced[QStringLiteral("sealedIdentity")] = QStringLiteral("1:2:3.4");
+    replaced[QStringLiteral("workingCopy")] = QString();
+    putContent(notePath(), QJsonDocument(replaced).toJson());
+    restart();
+    EXPECT_TRUE(lastText().contains(QStringLiteral("此后已换成另一个文件")));
+    EXPECT_TRUE(QFileInfo::exists(sealedFile)) << "a backup that somebody has put there";
+
     putContent(notePath(), QJsonDocument(sound).toJson());
     restart();
+    EXPECT_TRUE(lastText().contains(QStringLiteral("现已完成")));
     expectFate(Fate::FolderDestroyed);
     EXPECT_TRUE(QFileInfo::exists(precious));
+}
+
+TEST_F(ConnectTest, ADestructionTakesTheCrashedCopyToo) {
+    const QString crashed = program->system.p_tmpFile();
+    restart();
+    const auto user = program->users.GetUser(name);
+    user->p_plainLgnKey(QStringLiteral("forged-key"));
+    EXPECT_TRUE(user->WriteRegistry());
+    restart();
+    // The copy does not open under the forged key; the person goes on without it.
+    prompt.answers = {Prompt::Answer::Yes};
+    EXPECT_FALSE(program->enter(QStringLiteral("forged-key")));
+    EXPECT_FALSE(QFileInfo::exists(crashed));
+    expectFate(Fate::FolderDestroyed);
 }
 
 }  // namespace

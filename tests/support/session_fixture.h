@@ -45,7 +45,9 @@ struct SessionProgram {
         system.attach(sealed);
         EXPECT_TRUE(osInfo.Initialize());
         users.InitUsers();
-        destruction.finishInterrupted();
+        for (const QString& notice : destruction.finishInterrupted()) {
+            prompt.messageBox(notice, Prompt::Icon::Exclamation, Prompt::Buttons::Ok, {}, {});
+        }
         login.load();
     }
 
