@@ -5,6 +5,7 @@
 
 #include "app/private_folder.h"
 #include "crypto/secure_wipe.h"
+#include "platform/memory_lock.h"
 #include "store/failure.h"
 #include "store/sealed_database.h"
 
@@ -56,6 +57,7 @@ void System::p_plainIdpPwd(const QString& password) {
     secureWipe(m_plainIdpPwd);
     // A buffer of its own, which can be wiped: the caller's may be shared with others.
     m_plainIdpPwd = QString(password.constData(), password.size());
+    keepOutOfSwap(m_plainIdpPwd);
 }
 
 bool System::takeLgnKey(const QString& key, const QString& formerCopy, const QString& copy) {

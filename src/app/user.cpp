@@ -15,6 +15,7 @@
 #include "crypto/cryptor3.h"
 #include "crypto/cryptor4.h"
 #include "crypto/secure_wipe.h"
+#include "platform/memory_lock.h"
 #include "store/failure.h"
 
 namespace keeper {
@@ -236,6 +237,8 @@ void User::p_plainLgnKey(const QString& value) {
     auto sealed = Envelope(m_services.random).seal(value, keyPairFor);
     m_key.partA = sealed.text;
     m_key.partB = sealed.password;
+    keepOutOfSwap(m_key.partA);
+    keepOutOfSwap(m_key.partB);
     QString hash = Cryptor2::hashString(value);
     if (hash == m_key.formerHash) {
         // The other key stays good until the sealed file has shown which of them is its own.

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "crypto/secure_wipe.h"
+#include "platform/memory_lock.h"
 #include "platform/random.h"
 
 namespace keeper {
@@ -20,6 +21,8 @@ void ConcealedTexts::conceal(std::span<QString* const> texts, Random& random) {
     m_pad.resize(units * sizeof(char16_t));
     m_hidden.resize(m_pad.size());
     random.fill(m_pad);
+    keepOutOfSwap(m_pad.data(), m_pad.size());
+    keepOutOfSwap(m_hidden.data(), m_hidden.size());
     std::size_t at = 0;
     for (QString* text : texts) {
         m_lengths.push_back(static_cast<std::size_t>(text->size()));

@@ -13,6 +13,7 @@
 
 #include "crypto/secure_wipe.h"
 #include "platform/database.h"
+#include "platform/memory_lock.h"
 
 namespace keeper {
 namespace {
@@ -21,8 +22,16 @@ int sizeOf(void* piece) {
     return static_cast<int>(::malloc_usable_size(piece));
 }
 
+/// The engine's allocator has no object to ask.
+bool areKeysMade = false;
+
 void* allocate(int size) {
-    return std::malloc(static_cast<std::size_t>(size));
+    constexpr int kLargestKey = 512;
+    void* const piece = std::malloc(static_cast<std::size_t>(size));
+    if (areKeysMade && size <= kLargestKey) {
+        keepOutOfSwap(piece, static_cast<std::size_t>(size));
+    }
+    return piece;
 }
 
 void wipeAndFree(void* piece) {
@@ -63,6 +72,14 @@ void installWipingAllocator() {
             throw DatabaseError(result, QStringLiteral("sqlite3_config: refused"));
         }
     });
+}
+
+KeyAllocations::KeyAllocations() {
+    areKeysMade = true;
+}
+
+KeyAllocations::~KeyAllocations() {
+    areKeysMade = false;
 }
 
 }  // namespace keeper

@@ -10,4 +10,15 @@ namespace keeper {
 /// later calls do nothing. REQUIRES: called before the engine's first use.
 void installWipingAllocator();
 
+/// While it lives, small pieces that the engine asks for are kept out of the swap space: the keys
+/// of a connection, which stay as long as that, are made then. Holds for the whole process, which
+/// has one thread.
+class KeyAllocations {
+  public:
+    KeyAllocations();
+    ~KeyAllocations();
+    KeyAllocations(const KeyAllocations&) = delete;
+    KeyAllocations& operator=(const KeyAllocations&) = delete;
+};
+
 }  // namespace keeper

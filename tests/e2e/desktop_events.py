@@ -94,4 +94,10 @@ with Desktop(sys.argv[1], has_bus=True) as desk:
     check(desk.ended(program, "the session at the shutdown") == 0, "it ends in order")
     rows = subprocess.run([sys.argv[2], str(desk.sealed), KEY], capture_output=True, text=True).stdout
     check("unfinished" in rows, "the edit went on behind the lock")
+    program = desk.start()
+    desk.window("登录 - Morvane Keeper")
+    desk.press("F1")
+    desk.window("关于")
+    program.terminate()
+    check(desk.ended(program, "SIGTERM over a box of the login form") == 0, "it ends in order before a session, too")
 print("ok")

@@ -7,6 +7,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sqlcipher/sqlite3.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -258,6 +259,27 @@ TEST_F(DatabaseTest, ValuesComeBackAsTheyWent) {
     EXPECT_FALSE(row.dateTime(4).isValid());
     EXPECT_EQ(row.date(5), QDate(1899, 12, 30));
     EXPECT_NE(failureOf([&] { row.bind(9, 1); }), SQLITE_OK);
+}
+
+/// KiB of this process that stay out of the swap space.
+int lockedMemory() {
+    const QByteArray status = contentOf(QStringLiteral("/proc/self/status"));
+    const auto at = status.indexOf("VmLck:") + 6;
+    return status.mid(at, status.indexOf("kB", at) - at).trimmed().toInt();
+}
+
+TEST_F(DatabaseTest, KeysOfAConnectionAreKeptOutOfTheSwapSpace) {
+    rlimit limit{};
+    ASSERT_EQ(::getrlimit(RLIMIT_MEMLOCK, &limit), 0);
+    if (limit.rlim_cur < (1U << 20)) {
+        GTEST_SKIP() << "no memory may be locked here";
+    }
+    const int before = lockedMemory();
+    Database database(kFast);
+    database.open(m_path, kPassword);
+    const int locked = lockedMemory() - before;
+    EXPECT_GT(locked, 0);
+    EXPECT_LT(locked, 512) << "the keys, and not the pages in clear as well";
 }
 
 }  // namespace

@@ -11,8 +11,9 @@ struct Hardening {
     bool isUndumpable = false;
     /// The kernel writes no core file.
     bool hasNoCore = false;
-    /// Memory in use is kept out of swap. Only where the limit on locked memory is lifted: under a
-    /// limit, locking everything would make later allocations fail.
+    /// All memory in use is kept out of swap. Only where the limit on locked memory is lifted:
+    /// under a limit, locking everything would make later allocations fail. Then keepOutOfSwap() of
+    /// memory_lock.h does it for the keys alone.
     bool isLocked = false;
 };
 
