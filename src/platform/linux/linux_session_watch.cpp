@@ -144,7 +144,7 @@ void LinuxSessionWatch::takeInhibitor() {
     m_isInhibitorWanted = true;
     QDBusMessage request = toManager(QStringLiteral("Inhibit"));
     request << QStringLiteral("shutdown:sleep") << QStringLiteral("Morvane Keeper")
-            << QStringLiteral("正在加密密码数据库") << QStringLiteral("delay");
+            << QStringLiteral("程序仍在运行中，您的新数据还未保存！") << QStringLiteral("delay");
     ask(request, [this](const QDBusMessage& answer) {
         const QDBusReply<QDBusUnixFileDescriptor> reply = answer;
         if (reply.isValid() && m_isInhibitorWanted) {
