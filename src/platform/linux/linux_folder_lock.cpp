@@ -53,6 +53,7 @@ bool LinuxFolderLock::lock(const QString& folder) {
         m_links.emplace(folder, FolderPin::mirrorOf(journalOf(folder)));
         m_links->make();
     } catch (const std::exception&) {
+        m_pin.reset();
         return false;
     }
     m_folder = folder;
@@ -64,13 +65,13 @@ bool LinuxFolderLock::lock(const QString& folder) {
 void LinuxFolderLock::unlock() {
     m_notifier.reset();
     m_events.reset();
-    m_mending.stop();
     if (m_pin) {
         if (!m_links->isWhole()) {
             mend();
             m_notifier.reset();
             m_events.reset();
         }
+        m_mending.stop();
         // Where a name could not be given back the second one stays, for the next lock.
         if (m_links->isWhole()) {
             m_links->remove();
@@ -129,13 +130,15 @@ void LinuxFolderLock::drain() {
 
 /// Somebody was quick enough to delete files.
 void LinuxFolderLock::mend() {
+    bool isTaken = false;
     try {
         m_pin->takeAnew([this] { m_links->restore(); });
         watch();
+        isTaken = true;
     } catch (const std::exception&) {
         // A folder has gone between two looks, and will come back with the next ones.
     }
-    if (!m_links->isWhole()) {
+    if (!isTaken || !m_links->isWhole()) {
         m_mending.start(kRetry);
     }
 }
