@@ -420,12 +420,19 @@ void SealedDatabase::settleJournal(bool scheme) {
     if (QFileInfo(journalOf(m_tmpFile)).size() == 0) {
         return;
     }
-    QString plain = m_keys.p_plainLgnKey();
-    const WipeGuard wipePlain(plain);
-    QString password = GetAccessDBSec(scheme, plain);
-    const WipeGuard wipePassword(password);
-    m_database.open(m_tmpFile, password);
-    m_database.close();
+    const auto settle = [this](bool inner) {
+        QString plain = m_keys.p_plainLgnKey();
+        const WipeGuard wipePlain(plain);
+        QString password = GetAccessDBSec(inner, plain);
+        const WipeGuard wipePassword(password);
+        m_database.open(m_tmpFile, password);
+        m_database.close();
+    };
+    try {
+        settle(scheme);
+    } catch (const DatabaseError&) {
+        settle(!scheme);  // a session whose upgrade has failed
+    }
 }
 
 bool SealedDatabase::seal(bool scheme, const QString& key, const QString& target) {
