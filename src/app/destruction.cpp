@@ -48,6 +48,11 @@ QString identityOf(const QString& path) {
         .arg(status.st_mtim.tv_nsec);
 }
 
+QString digestOf(const QString& folder) {
+    const QByteArray digest = QCryptographicHash::hash(folder.toUtf8(), QCryptographicHash::Sha1);
+    return QString::fromLatin1(digest.toHex().first(16));
+}
+
 }  // namespace
 
 void Destruction::destroy(System& system, bool deletesFolder) {
@@ -113,10 +118,8 @@ QString Destruction::stateFolder() const {
 }
 
 QString Destruction::notePath(const QString& privateFolder) const {
-    const QByteArray digest =
-        QCryptographicHash::hash(privateFolder.toUtf8(), QCryptographicHash::Sha1);
-    return stateFolder() + QStringLiteral("/destruction-") +
-           QString::fromLatin1(digest.toHex().first(16)) + QStringLiteral(".json");
+    return stateFolder() + QStringLiteral("/destruction-") + digestOf(privateFolder) +
+           QStringLiteral(".json");
 }
 
 void Destruction::write(const Note& note) const {
@@ -171,6 +174,9 @@ void Destruction::forgetUser(const Note& note) {
 
 void Destruction::deleteFiles(const Note& note) const {
     deleteCopies(note);
+    // Second names that a lock has left of the files in the folder.
+    QDir(stateFolder() + QStringLiteral("/folder-lock-") + digestOf(note.privateFolder))
+        .removeRecursively();
     if (note.deletesFolder && QFileInfo(note.privateFolder).isDir()) {
         privatefolder::destroy(note.privateFolder);
     }

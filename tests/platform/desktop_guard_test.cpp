@@ -69,7 +69,7 @@ TEST(IdleTime, ComesFromTheDesktopsServiceWhereThereIsNoServerAndFromOwnEventsWi
         QTest::qWait(60);
         EXPECT_GE(*own.sinceLastInput(), 50);
         QKeyEvent key(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier);
-        QCoreApplication::sendEvent(qApp, &key);
+        QCoreApplication::sendEvent(QCoreApplication::instance(), &key);
         EXPECT_LT(*own.sinceLastInput(), 50);
     }
     const QString service = u"org.gnome.Mutter.IdleMonitor"_s;

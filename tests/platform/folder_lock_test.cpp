@@ -137,6 +137,36 @@ TEST_P(FolderLockTest, NobodyRenamesOrDeletesUntilItIsUnlocked) {
         QFile file(folder() + u"/我的备份/旧/b"_s);
         EXPECT_TRUE(file.open(QIODevice::ReadOnly));
         EXPECT_EQ(file.readAll(), "content");
+        // A folder above it is renamed, which nobody can forbid: it stays pinned where it is.
+        const QString parent = m_dir.filePath(u"disk"_s);
+        const QString away = m_dir.filePath(u"away"_s);
+        lock.unlock();
+        ASSERT_TRUE(QDir().mkdir(parent));
+        ASSERT_TRUE(QDir().rename(folder(), parent + u"/MORV - A"_s));
+        ASSERT_TRUE(lock.lock(parent + u"/MORV - A"_s));
+        ASSERT_TRUE(QDir().rename(parent, away));
+        run(u"chmod"_s, {u"-R"_s, u"u+w"_s, away + u"/MORV - A"_s});
+        QTest::qWait(100);
+        EXPECT_NE(run(u"rm"_s, {u"-rf"_s, away + u"/MORV - A"_s}), 0);
+        EXPECT_TRUE(QFile::exists(away + u"/MORV - A/我的备份/旧/b"_s));
+        ASSERT_TRUE(QDir().rename(away, parent));
+        lock.unlock();
+        ASSERT_TRUE(QDir().rename(parent + u"/MORV - A"_s, folder()));
+        EXPECT_FALSE(hasJournal());
+        // What cannot come back at the unlocking waits for the next start.
+        ASSERT_TRUE(lock.lock(folder()));
+        deleteByForce();
+        if (files() == 0) {
+            ASSERT_TRUE(QDir().mkpath(folder()));
+            QFile inTheWay(folder() + u"/我的备份"_s);
+            ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+            lock.unlock();
+            EXPECT_TRUE(inTheWay.remove());
+            LinuxFolderLock(state(), QString()).heal();
+            EXPECT_EQ(files(), 3);
+        }
+        lock.unlock();
+        ASSERT_TRUE(lock.lock(folder()));
         deleteByForce();
         lock.unlock();
         EXPECT_EQ(files(), 3) << "deleted in the last moment";

@@ -111,7 +111,9 @@ std::optional<qint64> DesktopIdleTime::askDesktop() {
         const QDBusMessage answer = m_bus->call(question, QDBus::Block, kPatienceMilliseconds);
         bool isNumber = false;
         const qint64 milliseconds = answer.arguments().value(0).toLongLong(&isNumber);
-        if (answer.type() == QDBusMessage::ReplyMessage && isNumber) {
+        // A desktop that cannot tell, for want of a way to ask its compositor, always says 0.
+        if (answer.type() == QDBusMessage::ReplyMessage && isNumber &&
+            (milliseconds > 0 || m_hasAnswered)) {
             m_silence.invalidate();
             m_pause = {};
             m_hasAnswered = true;

@@ -10,7 +10,6 @@
 #include <QDirIterator>
 #include <QFile>
 #include <cerrno>
-#include <utility>
 
 namespace keeper {
 namespace {
@@ -45,49 +44,45 @@ void walk(const QString& root, const Each& each) {
 
 }  // namespace
 
-FolderLinks::FolderLinks(QString folder, QString mirror)
-    : m_folder(std::move(folder)), m_mirror(std::move(mirror)) {}
-
-void FolderLinks::make() const {
-    restore();
-    if (!isWhole()) {
+void FolderLinks::make(const QString& folder) const {
+    if (!restore(folder)) {
         return;
     }
     remove();
-    makeLike(m_folder, m_mirror);
-    walk(m_folder, [this](const QString& name, bool isFolder) {
+    makeLike(folder, m_mirror);
+    walk(folder, [&](const QString& name, bool isFolder) {
         if (isFolder) {
-            makeLike(m_folder + name, m_mirror + name);
+            makeLike(folder + name, m_mirror + name);
             return true;
         }
-        return ::link(QFile::encodeName(m_folder + name).constData(),
+        return ::link(QFile::encodeName(folder + name).constData(),
                       QFile::encodeName(m_mirror + name).constData()) == 0 ||
                errno != EXDEV;
     });
 }
 
-bool FolderLinks::isWhole() const {
+bool FolderLinks::isWhole(const QString& folder) const {
     bool isWhole = true;
     walk(m_mirror, [&](const QString& name, bool isFolder) {
-        isWhole = isFolder || isThere(QFile::encodeName(m_folder + name));
+        isWhole = isFolder || isThere(QFile::encodeName(folder + name));
         return isWhole;
     });
     return isWhole;
 }
 
-bool FolderLinks::restore() const {
+bool FolderLinks::restore(const QString& folder) const {
     bool isRestored = true;
     walk(m_mirror, [&](const QString& name, bool isFolder) {
         if (isFolder) {
             return true;
         }
-        const QByteArray path = QFile::encodeName(m_folder + name);
+        const QByteArray path = QFile::encodeName(folder + name);
         if (isThere(path)) {
             return true;
         }
-        makeLike(m_mirror, m_folder);
+        makeLike(m_mirror, folder);
         for (qsizetype end = name.indexOf(u'/', 1); end > 0; end = name.indexOf(u'/', end + 1)) {
-            makeLike(m_mirror + name.first(end), m_folder + name.first(end));
+            makeLike(m_mirror + name.first(end), folder + name.first(end));
         }
         isRestored =
             ::link(QFile::encodeName(m_mirror + name).constData(), path.constData()) == 0 &&

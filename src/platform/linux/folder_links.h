@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QString>
+#include <utility>
 
 namespace keeper {
 
@@ -13,21 +14,21 @@ namespace keeper {
 class FolderLinks {
   public:
     /// Nothing is made yet. `mirror` is a path of this object's own.
-    FolderLinks(QString folder, QString mirror);
+    explicit FolderLinks(QString mirror) : m_mirror(std::move(mirror)) {}
 
-    /// Makes the mirror. A file that can have no second name, such as one on another file system,
-    /// gets none. An older mirror gives its files back first, and stays alone if it cannot.
-    void make() const;
-    /// Whether every file of the mirror has its name in the folder. True without a mirror.
-    [[nodiscard]] bool isWhole() const;
+    /// Makes the mirror of `folder`. A file that can have no second name, such as one on another
+    /// file system, gets none. An older mirror gives its files back first, and stays alone if it
+    /// cannot.
+    void make(const QString& folder) const;
+    /// Whether every file of the mirror has its name in `folder`. True without a mirror.
+    [[nodiscard]] bool isWhole(const QString& folder) const;
     /// Gives back the names that are missing, and the folders over them; a name that leads to
     /// another file meanwhile stays. False when one could not be given back.
-    bool restore() const;
-    /// Deletes the mirror. REQUIRES: isWhole().
+    bool restore(const QString& folder) const;
+    /// Deletes the mirror, and with it the content of files that have no other name.
     void remove() const;
 
   private:
-    QString m_folder;
     QString m_mirror;
 };
 

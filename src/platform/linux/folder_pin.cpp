@@ -17,6 +17,7 @@
 #include <QJsonObject>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include "platform/durable_file.h"
 #include "platform/linux/folder_links.h"
@@ -124,14 +125,22 @@ void FolderPin::takeAll() {
     }
 }
 
-void FolderPin::takeAnew(const std::function<void()>& mend) {
+void FolderPin::takeAnew(const QString& folder, const std::function<void()>& mend) {
     for (const Pinned& pinned : m_folders) {
         release(pinned.handle.get(), pinned.mode);
     }
-    mend();
-    auto folders = collect(m_folders.front().path);
-    m_folders.swap(folders);
-    replaceFile(m_journal, toJournal());
+    std::vector<Pinned> before;
+    try {
+        mend();
+        before = std::exchange(m_folders, collect(folder));
+        replaceFile(m_journal, toJournal());
+    } catch (...) {
+        if (!before.empty()) {
+            m_folders.swap(before);
+        }
+        renew();
+        throw;
+    }
     takeAll();
 }
 
@@ -149,7 +158,7 @@ void FolderPin::giveBack() {
     for (const Pinned& pinned : m_folders) {
         isFree = release(pinned.handle.get(), pinned.mode) && isFree;
     }
-    if (isFree) {
+    if (isFree && !m_keepsJournal) {
         QFile::remove(m_journal);
     }
 }
@@ -235,14 +244,9 @@ bool FolderPin::heal(const QString& journal) {
         const auto mode = static_cast<unsigned>(row.value(QStringLiteral("mode")).toInt());
         isFree = (!folder.isValid() || release(folder.get(), mode)) && isFree;
     }
-    if (isFree && !outer.isEmpty()) {
-        const FolderLinks links(outerNow, mirrorOf(journal));
-        isFree = links.restore();
-        if (isFree) {
-            links.remove();
-        }
-    }
-    if (isFree) {
+    const FolderLinks links(mirrorOf(journal));
+    if (isFree && (outer.isEmpty() || links.restore(outerNow))) {
+        links.remove();
         removeFile(journal);
     }
     return isFree;

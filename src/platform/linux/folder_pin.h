@@ -29,9 +29,11 @@ class FolderPin {
 
     /// Takes again what somebody has given back meanwhile.
     void renew() const;
-    /// Gives back for as long as `mend` changes the folders, and takes what is there then. Throws
-    /// as the constructor does; the journal knows everything that is taken still.
-    void takeAnew(const std::function<void()>& mend);
+    /// Gives back for as long as `mend` changes the folders, and takes what is at `folder` then.
+    /// Throws as the constructor does; what was taken before is taken again then.
+    void takeAnew(const QString& folder, const std::function<void()>& mend);
+    /// Leaves the journal behind at the end, for heal().
+    void keepJournal() { m_keepsJournal = true; }
     /// The outer folder, wherever it lies now.
     [[nodiscard]] int descriptor() const { return m_folders.front().handle.get(); }
     /// All folders, the outer one first.
@@ -40,7 +42,8 @@ class FolderPin {
 
     /// Gives back what a journal tells, and the files that were deleted meanwhile as far as the
     /// mirror holds them. Does nothing without a journal; it stays when a folder could not be
-    /// freed, which is false, or when the whole place where it lay is not there.
+    /// freed, which is false, when a file could not be given back, or when the whole place where
+    /// the folder lay is not there.
     static bool heal(const QString& journal);
     /// Where the second names of the folder's files lie beside its journal; see FolderLinks.
     [[nodiscard]] static QString mirrorOf(const QString& journal);
@@ -61,6 +64,7 @@ class FolderPin {
     QString m_journal;
     std::vector<Pinned> m_folders;
     bool m_isImmutable = false;
+    bool m_keepsJournal = false;
 };
 
 }  // namespace keeper

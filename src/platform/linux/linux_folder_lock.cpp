@@ -13,20 +13,23 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <exception>
+
+#include "platform/durable_file.h"
 
 namespace keeper {
 namespace {
 
-/// What the program says to its watchdog when it has unlocked by itself.
-constexpr char kGoodbye = 'q';
-
 /// Between two attempts to give files back that somebody goes on deleting.
-constexpr std::chrono::milliseconds kRetry{50};
+constexpr std::chrono::milliseconds kFirstRetry{50};
+constexpr std::chrono::milliseconds kLongestRetry{10'000};
 
 }  // namespace
 
@@ -42,21 +45,31 @@ LinuxFolderLock::~LinuxFolderLock() {
 
 bool LinuxFolderLock::lock(const QString& folder) {
     if (m_pin) {
-        return m_folder == folder;
+        return m_name == folder;
     }
     try {
         // A journal left by an older lock must not be overwritten before it was obeyed.
         if (!FolderPin::heal(journalOf(folder))) {
             return false;
         }
-        m_pin.emplace(folder, journalOf(folder));
-        m_links.emplace(folder, FolderPin::mirrorOf(journalOf(folder)));
-        m_links->make();
+        const QString journal = journalOf(folder);
+        // Through a link as the last step: the folder itself is pinned.
+        const QString real = QFileInfo(folder).canonicalFilePath();
+        m_folder = real.isEmpty() ? folder : real;
+        ensurePrivateFolder(m_stateFolder);
+        m_links.emplace(FolderPin::mirrorOf(journal));
+        if (!QFileInfo::exists(journal)) {
+            m_links->remove();  // of a lock that was cut short before it had begun
+        }
+        m_links->make(m_folder);
+        m_pin.emplace(m_folder, journal);
     } catch (const std::exception&) {
-        m_pin.reset();
+        if (m_links && !m_pin) {
+            m_links->remove();
+        }
         return false;
     }
-    m_folder = folder;
+    m_name = folder;
     watch();
     startWatchdog();
     return true;
@@ -66,15 +79,16 @@ void LinuxFolderLock::unlock() {
     m_notifier.reset();
     m_events.reset();
     if (m_pin) {
-        if (!m_links->isWhole()) {
+        if (!m_links->isWhole(whereNow())) {
             mend();
             m_notifier.reset();
             m_events.reset();
         }
         m_mending.stop();
-        // Where a name could not be given back the second one stays, for the next lock.
-        if (m_links->isWhole()) {
+        if (m_links->isWhole(whereNow())) {
             m_links->remove();
+        } else {
+            m_pin->keepJournal();  // the next start tries again
         }
     }
     m_pin.reset();
@@ -121,25 +135,34 @@ void LinuxFolderLock::drain() {
     }
     // In this order: a folder without the right to write cannot be moved to another parent.
     putBack();
-    if (m_links->isWhole()) {
+    if (m_links->isWhole(whereNow())) {
         m_pin->renew();
     } else {
+        m_retry = kFirstRetry;
         m_mending.start(0);  // which makes the notifier anew that calls here
     }
+}
+
+/// It may have moved with a folder above it, which nothing tells and nobody can forbid.
+QString LinuxFolderLock::whereNow() const {
+    const QString path =
+        QFile::symLinkTarget(QStringLiteral("/proc/self/fd/%1").arg(m_pin->descriptor()));
+    return QFileInfo(path).isDir() ? path : m_folder;
 }
 
 /// Somebody was quick enough to delete files.
 void LinuxFolderLock::mend() {
     bool isTaken = false;
     try {
-        m_pin->takeAnew([this] { m_links->restore(); });
+        m_pin->takeAnew(whereNow(), [this] { m_links->restore(whereNow()); });
         watch();
         isTaken = true;
     } catch (const std::exception&) {
         // A folder has gone between two looks, and will come back with the next ones.
     }
-    if (!isTaken || !m_links->isWhole()) {
-        m_mending.start(kRetry);
+    if (!isTaken || !m_links->isWhole(whereNow())) {
+        m_mending.start(m_retry);
+        m_retry = std::min(m_retry * 2, kLongestRetry);
     }
 }
 
@@ -186,21 +209,18 @@ void LinuxFolderLock::stopWatchdog() {
     if (m_watchdogProcess < 0) {
         return;
     }
-    ::send(m_lifeline.get(), &kGoodbye, 1, MSG_NOSIGNAL);  // it may have been killed
-    m_lifeline.reset();
+    // It has nothing to do any more, and somebody may have stopped it.
+    ::kill(m_watchdogProcess, SIGKILL);
     while (::waitpid(m_watchdogProcess, nullptr, 0) < 0 && errno == EINTR) {
     }
     m_watchdogProcess = -1;
+    m_lifeline.reset();
 }
 
 int LinuxFolderLock::watchdogMain(const char* journal) {
-    char message = 0;
-    ssize_t got = 0;
-    do {
-        got = ::read(STDIN_FILENO, &message, 1);
-    } while (got < 0 && errno == EINTR);
-    if (got == 1 && message == kGoodbye) {
-        return 0;
+    char nothing = 0;
+    // Until the other end is closed by the death of the program.
+    while (::read(STDIN_FILENO, &nothing, 1) < 0 && errno == EINTR) {
     }
     try {
         return FolderPin::heal(QFile::decodeName(journal)) ? 0 : 1;

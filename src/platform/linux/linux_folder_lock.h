@@ -8,6 +8,7 @@
 #include <QSocketNotifier>
 #include <QString>
 #include <QTimer>
+#include <chrono>
 #include <memory>
 #include <optional>
 
@@ -41,8 +42,8 @@ class LinuxFolderLock final : public FolderLock {
     void heal() const;
 
     static constexpr const char* kWatchdogOption = "--free-folder-at-end";
-    /// Waits on the standard input until the program that locks says goodbye or dies; in the
-    /// latter case frees the folder. Returns the exit code.
+    /// Waits on the standard input until the program that locks dies, and frees the folder. Returns
+    /// the exit code.
     static int watchdogMain(const char* journal);
 
   private:
@@ -52,15 +53,19 @@ class LinuxFolderLock final : public FolderLock {
     void drain();
     void mend();
     void putBack() const;
+    [[nodiscard]] QString whereNow() const;
 
     [[nodiscard]] QString journalOf(const QString& folder) const;
 
     QString m_stateFolder;
     QString m_watchdog;
+    /// As it was asked for, and the folder itself.
+    QString m_name;
     QString m_folder;
     std::optional<FolderPin> m_pin;
     std::optional<FolderLinks> m_links;
     QTimer m_mending;
+    std::chrono::milliseconds m_retry{0};
     UniqueFd m_events;
     std::unique_ptr<QSocketNotifier> m_notifier;
     UniqueFd m_lifeline;

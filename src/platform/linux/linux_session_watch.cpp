@@ -171,12 +171,16 @@ void LinuxSessionWatch::onPrepareForShutdown(bool isBeginning) {
 }
 
 void LinuxSessionWatch::onPrepareForSleep(bool isBeginning) {
-    if (isBeginning) {
-        Q_EMIT goingToSleep();
-        releaseInhibitor();
-    } else {
+    m_isGoingToSleep = isBeginning;
+    if (!isBeginning) {
         takeInhibitor();
         Q_EMIT wokeUp();
+        return;
+    }
+    Q_EMIT goingToSleep();
+    // A slot may have waited so long that the machine has slept and is awake again.
+    if (m_isGoingToSleep) {
+        releaseInhibitor();
     }
 }
 

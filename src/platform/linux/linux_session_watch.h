@@ -51,6 +51,7 @@ class LinuxSessionWatch final : public SessionWatch {
     std::shared_ptr<const QDBusUnixFileDescriptor> m_inhibitor;
     /// A wish that was answered by release before the descriptor came.
     bool m_isInhibitorWanted = false;
+    bool m_isGoingToSleep = false;
     bool m_isStarted = false;
     bool m_isEnding = false;
 };

@@ -16,6 +16,9 @@ OwnInput::OwnInput() {
 bool OwnInput::eventFilter(QObject* /*receiver*/, QEvent* event) {
     switch (event->type()) {
         case QEvent::KeyPress:
+        case QEvent::InputMethod:
+        case QEvent::TabletPress:
+        case QEvent::TabletMove:
         case QEvent::MouseButtonPress:
         case QEvent::MouseMove:
         case QEvent::Wheel:
