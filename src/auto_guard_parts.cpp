@@ -4,7 +4,6 @@
 #include "auto_guard_parts.h"
 
 #include <QApplication>
-#include <QDialog>
 #include <QThread>
 #include <chrono>
 #include <utility>
@@ -17,6 +16,7 @@
 #include "platform/tray.h"
 #include "ui/dlg_auto_guard.h"
 #include "ui/frm_main.h"
+#include "ui/widgets/modal_windows.h"
 #include "workspace/edit_pane.h"
 #include "workspace/form_size.h"
 
@@ -25,19 +25,6 @@ namespace {
 
 /// For what waits until other code has returned.
 constexpr std::chrono::milliseconds kRetry{20};
-
-/// Boxes and file dialogs are no forms of the table, and must not outstay a lock either.
-void closeModalWindows() {
-    for (QWidget* window : QApplication::topLevelWidgets()) {
-        auto* dialog = qobject_cast<QDialog*>(window);
-        if (dialog != nullptr && dialog->isVisible() && dialog->isModal()) {
-            dialog->reject();
-        }
-    }
-    while (QWidget* popup = QApplication::activePopupWidget()) {
-        popup->close();
-    }
-}
 
 }  // namespace
 
@@ -138,6 +125,7 @@ void AutoGuardParts::whenUnlocked(std::function<void()> todo) {
 
 void AutoGuardParts::afterUnlocking() {
     timers.armLock();
+    QTimer::singleShot(0, this, m_session.unlocked);
     if (m_whenUnlocked) {
         QTimer::singleShot(0, this, std::exchange(m_whenUnlocked, nullptr));
     }
@@ -167,7 +155,6 @@ void AutoGuardParts::conceal(bool isConcealed) {
     m_isConcealWanted = isConcealed;
     m_whenConcealed = nullptr;
     if (isConcealed) {
-        closeModalWindows();
         concealWhenNothingRuns();
     } else {
         reveal();
@@ -179,6 +166,8 @@ void AutoGuardParts::concealWhenNothingRuns() {
     if (!m_isConcealWanted) {
         return;
     }
+    // Boxes and file dialogs are no forms of the table, and what was behind one may ask the next.
+    closeModalWindows();
     if (QThread::currentThread()->loopLevel() > 1) {
         QTimer::singleShot(kRetry, this, [this] { concealWhenNothingRuns(); });
         return;
@@ -202,7 +191,8 @@ void AutoGuardParts::whenConcealed(std::function<void()> todo) {
     if (m_isConcealWanted) {
         m_whenConcealed = std::move(todo);
     } else {
-        todo();
+        // The system's sleep waits for the return of whoever locks.
+        QTimer::singleShot(0, this, std::move(todo));
     }
 }
 

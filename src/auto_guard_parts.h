@@ -55,6 +55,8 @@ struct AutoGuardSession {
     /// Whether work with the database must end first, which takes the return of the caller; what
     /// can be stopped is.
     std::function<bool()> keepsWaiting;
+    /// Behind each unlocking that does not end the session.
+    std::function<void()> unlocked;
 };
 
 /// The object graph of lock, timers and tray.

@@ -294,8 +294,16 @@ AutoGuardSession DesktopProgram::Graph::autoGuardSession() {
             mainWindow,
             folders.state + QStringLiteral("/morvane-keeper"),
             [this] { return sessionEnd.runSeconds(); },
-            [this](AutoExit mode) { endSession(CloseReason::Program, mode); },
-            [this] { return protection.keepsWaiting(); }};
+            [this](AutoExit mode) {
+                const bool isEditing = parts.workspace.m_editState != EditState::Browse;
+                if (mode == AutoExit::None && system.p_isLocked() && isEditing) {
+                    autoGuard.comeBack();  // whoever may not unlock may not discard the edit either
+                } else {
+                    endSession(CloseReason::Program, mode);
+                }
+            },
+            [this] { return protection.keepsWaiting(); },
+            [this] { protection.tellStopped(); }};
 }
 
 void DesktopProgram::Graph::connectSession() {
@@ -403,6 +411,7 @@ void DesktopProgram::Graph::endSession(CloseReason reason, AutoExit autoExit) {
         return;
     }
     if (!sessionEnd.requestClose(reason, autoExit)) {
+        protection.tellStopped();
         return;
     }
     if (autoExit == AutoExit::ShutDown) {

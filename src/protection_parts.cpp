@@ -4,7 +4,6 @@
 #include "protection_parts.h"
 
 #include <QScopedValueRollback>
-#include <QThread>
 #include <utility>
 
 #include "app/program_info.h"
@@ -15,6 +14,7 @@
 #include "ui/dlg_branch_manage.h"
 #include "ui/dlg_column_cryption.h"
 #include "ui/frm_main.h"
+#include "ui/widgets/modal_windows.h"
 
 namespace keeper {
 namespace {
@@ -112,20 +112,31 @@ void ProtectionParts::mn_columnCryption() {
 }
 
 bool ProtectionParts::dispatch(const QString& path) {
-    if (m_dispatchLoop != 0) {
+    if (m_isDispatching) {
         return false;
     }
-    const QScopedValueRollback<int> busy(m_dispatchLoop, QThread::currentThread()->loopLevel());
+    const QScopedValueRollback<bool> busy(m_isDispatching, true);
     return dispatcher.Dispatch(path);
 }
 
 bool ProtectionParts::keepsWaiting() {
-    if (columnSwitch.isRunning()) {
+    const bool isConverting = columnSwitch.isRunning();
+    if (isConverting) {
         columnSwitch.close();
-        return true;
     }
-    // Over a box that tells of a failure nothing is at work any more.
-    return m_dispatchLoop != 0 && m_dispatchLoop == QThread::currentThread()->loopLevel();
+    if (isConverting || m_isDispatching) {
+        // The work stands still under a box, whoever has opened that.
+        closeModalWindows();
+    }
+    return isConverting || m_isDispatching;
+}
+
+void ProtectionParts::tellStopped() {
+    if (columnSwitch.takeUntoldStop()) {
+        m_ports.prompt.messageBox(
+            QStringLiteral("列级加密的转换因锁定或退出而中断。\r\n已停止，数据库未作任何改动。"),
+            Prompt::Icon::Exclamation);
+    }
 }
 
 void ProtectionParts::mn_branchManage() {

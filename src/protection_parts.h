@@ -69,6 +69,8 @@ class ProtectionParts {
     /// True while work with the database runs that a lock and the end of the session must await. A
     /// conversion of the columns is told to stop.
     bool keepsWaiting();
+    /// Tells of a conversion that keepsWaiting() has stopped, once the person is back.
+    void tellStopped();
 
   private:
     void showAuthentication();
@@ -80,8 +82,7 @@ class ProtectionParts {
     ProtectionPorts m_ports;
     Session m_session;
     dlgAuthentication* m_openAuthentication = nullptr;
-    /// Level of the event loop under a dispatch that runs.
-    int m_dispatchLoop = 0;
+    bool m_isDispatching = false;
 
   public:
     IndependentPassword secret;

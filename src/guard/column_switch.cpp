@@ -88,6 +88,8 @@ void ColumnSwitch::chkCryptionStatus(const QString& entry) {
     returnToRest();
     if (!m_isClosed) {
         tell(outcome, turnsOn);
+    } else {
+        m_hasUntoldStop = outcome == ColumnCryption::Outcome::Stopped;
     }
 }
 

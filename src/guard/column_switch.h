@@ -5,6 +5,7 @@
 
 #include <QString>
 #include <functional>
+#include <utility>
 
 #include "store/column_cryption.h"
 
@@ -50,6 +51,8 @@ class ColumnSwitch {
     [[nodiscard]] const State& state() const { return m_state; }
     [[nodiscard]] bool isClosed() const { return m_isClosed; }
     /// The chances of the independent password were used up here: the session is over.
+    /// Whether a conversion was stopped by close() since the last call, which nobody was told.
+    [[nodiscard]] bool takeUntoldStop() { return std::exchange(m_hasUntoldStop, false); }
     [[nodiscard]] bool isUsedUp() const { return m_isUsedUp; }
     [[nodiscard]] bool isRunning() const { return m_state.isRunning; }
 
@@ -82,6 +85,7 @@ class ColumnSwitch {
     bool m_isClosed = true;
     bool m_isUsedUp = false;
     bool m_closesAtEnd = false;
+    bool m_hasUntoldStop = false;
 };
 
 }  // namespace keeper

@@ -41,6 +41,11 @@ def lock_over_a_question(desk):
     desk.window("Morvane Keeper")  # leave without saving?
     lock_screen(desk)
     desk.window(LOCKED)
+    time.sleep(0.4)
+    desk.press("alt+q")  # whoever cannot unlock cannot throw the edit away
+    desk.window("验证独立密码")
+    desk.press("Escape")
+    desk.window(LOCKED)
     unlock(desk)
     desk.press("ctrl+s")
     time.sleep(0.5)

@@ -243,6 +243,8 @@ TEST_F(ColumnSwitchTest, WhatCannotBeFinishedIsUndoneAsAWhole) {
     program.loop.onTurn = [&] { program.form.close(); };
     program.click();
     EXPECT_TRUE(program.form.isClosed());
+    EXPECT_TRUE(program.form.takeUntoldStop());
+    EXPECT_FALSE(program.form.takeUntoldStop()) << "told once";
     expectUntouched(QStringLiteral("即将开启列级加密，确定继续？"));
     program.loop.onTurn = nullptr;
 

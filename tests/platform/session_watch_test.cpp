@@ -141,6 +141,19 @@ TEST_F(LogindTest, SleepIsToldUnderTheInhibitorWhichComesBackOnWaking) {
     EXPECT_TRUE(QTest::qWaitFor([this] { return inhibitors() == 0; }, 10'000));
     tell(QStringLiteral("PrepareForSleep"), false);
     EXPECT_TRUE(QTest::qWaitFor([&] { return woke.count() == 1 && watch->canDelay(); }, 10'000));
+
+    // A slot that waits for somebody returns when the machine has slept and is awake again.
+    QObject::connect(watch.get(), &SessionWatch::goingToSleep, [&] {
+        EXPECT_TRUE(
+            QTest::qWaitFor([&] { return woke.count() == 2 && inhibitors() == 2; }, 10'000));
+    });
+    tell(QStringLiteral("PrepareForSleep"), true);
+    tell(QStringLiteral("PrepareForSleep"), false);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return woke.count() == 2; }, 10'000));
+    held.reset();
+    QTest::qWait(100);
+    EXPECT_TRUE(watch->canDelay()) << "the next sleep is held back";
+    EXPECT_EQ(inhibitors(), 1);
 }
 
 TEST(SessionWatch, WithoutLogindSignalsStillEndTheSession) {
