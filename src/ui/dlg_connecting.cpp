@@ -39,7 +39,8 @@ dlgConnecting::dlgConnecting(QWidget* parent)
     auto* icon = new QLabel(this);
     icon->setPixmap(programIcon().pixmap(QSize(unit * 3, unit * 3), devicePixelRatioF()));
     auto* grid = new QGridLayout(this);
-    grid->setContentsMargins(unit * 3 / 2, unit * 5 / 4, unit * 3 / 2, unit * 5 / 4);
+    // What lies in the middle of an ellipse: a rectangle of 1/sqrt(2) of its width and height.
+    grid->setContentsMargins(unit * 9 / 2, unit * 5 / 2, unit * 9 / 2, unit * 5 / 2);
     grid->setHorizontalSpacing(unit);
     grid->setVerticalSpacing(unit / 3);
     grid->addWidget(icon, 0, 0, 2, 1);
@@ -47,7 +48,7 @@ dlgConnecting::dlgConnecting(QWidget* parent)
     grid->addWidget(prgbAES, 1, 1);
     grid->addWidget(lblPercent, 1, 2);
     grid->setColumnStretch(1, 1);
-    setMinimumWidth(unit * 22);
+    setMinimumWidth(unit * 27);
     setProgress(0);
 }
 
@@ -89,13 +90,18 @@ void dlgConnecting::keyPressEvent(QKeyEvent* event) {
     event->accept();
 }
 
+/// Where nothing composes the screen the corners would be black.
+void dlgConnecting::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    setMask(QRegion(rect(), QRegion::Ellipse));
+}
+
 void dlgConnecting::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(palette().color(QPalette::Mid));
     painter.setBrush(palette().color(QPalette::Window));
-    const qreal radius = fontMetrics().height() * 0.8;
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    painter.drawEllipse(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
 }
 
 }  // namespace keeper

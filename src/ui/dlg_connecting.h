@@ -27,6 +27,7 @@ class dlgConnecting final : public QWidget, public ConnectingDisplay {
 
   protected:
     void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
