@@ -3,7 +3,6 @@
 
 #include "platform/linux/linux_disk.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QStringList>
 #include <algorithm>
@@ -86,8 +85,8 @@ bool isFixedDisk(const QString& folder) {
 void collectPhysical(const QString& device, QStringList& disks, int depth = 0) {
     constexpr int kDeepest = 8;
     const QString disk = wholeDisk(device);
-    const QDir slaves(device + QStringLiteral("/slaves"));
-    const QStringList below = slaves.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    const QString slaves = device + QStringLiteral("/slaves/");
+    const QStringList below = namesIn(slaves);
     if (below.isEmpty()) {
         if (isFixedDisk(disk)) {
             disks.append(disk);
@@ -96,16 +95,16 @@ void collectPhysical(const QString& device, QStringList& disks, int depth = 0) {
     }
     if (depth < kDeepest) {
         for (const QString& name : below) {
-            collectPhysical(QFileInfo(slaves.filePath(name)).canonicalFilePath(), disks, depth + 1);
+            collectPhysical(QFileInfo(slaves + name).canonicalFilePath(), disks, depth + 1);
         }
     }
 }
 
 QStringList allFixedDisks(const QString& root) {
     QStringList disks;
-    const QDir block(root + QStringLiteral("/sys/block"));
-    for (const QString& name : block.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        const QString folder = QFileInfo(block.filePath(name)).canonicalFilePath();
+    const QString block = root + QStringLiteral("/sys/block/");
+    for (const QString& name : namesIn(block)) {
+        const QString folder = QFileInfo(block + name).canonicalFilePath();
         // A memory card in a built-in slot does not call itself removable.
         const bool isCard =
             readSmallFile(folder + QStringLiteral("/device/type")).trimmed() == "SD";

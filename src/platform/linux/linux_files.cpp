@@ -8,6 +8,7 @@
 
 #include <QFile>
 #include <cerrno>
+#include <filesystem>
 #include <system_error>
 
 #include "platform/unique_fd.h"
@@ -90,6 +91,20 @@ QByteArray readIdFile(const QString& path) {
         fail(error, path);
     }
     return content;
+}
+
+QStringList namesIn(const QString& folder) {
+    QStringList names;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(QFile::encodeName(folder).toStdString(), error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        names << QFile::decodeName(entry->path().filename().c_str());
+    }
+    if (isShortage(error.value())) {
+        fail(error.value(), folder);
+    }
+    names.sort();
+    return names;
 }
 
 QString oneLine(const QByteArray& utf8) {

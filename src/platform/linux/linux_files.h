@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 namespace keeper {
 
@@ -16,6 +17,9 @@ namespace keeper {
 /// The same for a file that must not give way to another source unless it really is absent or
 /// closed to this user: every other failure throws.
 [[nodiscard]] QByteArray readIdFile(const QString& path);
+
+/// Names in a folder, in order; none where readSmallFile() would have no content. Throws like it.
+[[nodiscard]] QStringList namesIn(const QString& folder);
 
 /// One printable line: control characters and runs of blanks become one blank, the ends are
 /// trimmed, at most 255 units are kept.

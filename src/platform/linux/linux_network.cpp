@@ -8,7 +8,6 @@
 #include <net/if.h>
 #include <netinet/in.h>
 
-#include <QDir>
 #include <QFileInfo>
 #include <array>
 #include <memory>
@@ -109,10 +108,10 @@ NetworkAddress findNetworkAddress(const QString& root, const InterfaceAddresses&
             return {address, false};
         }
     }
-    const QDir folder(root + QStringLiteral("/sys/class/net"));
+    const QString folder = root + QStringLiteral("/sys/class/net/");
     QString any;
-    for (const QString& name : folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
-        const QString path = folder.filePath(name);
+    for (const QString& name : namesIn(folder)) {
+        const QString path = folder + name;
         const QString address = name == QLatin1String("lo") ? QString() : hardwareAddress(path);
         if (address.isEmpty()) {
             continue;
