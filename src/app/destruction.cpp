@@ -11,8 +11,12 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <algorithm>
-#include <optional>
+#include <cerrno>
+#include <exception>
+#include <system_error>
+#include <vector>
 
 #include "app/private_folder.h"
 #include "app/system.h"
@@ -35,17 +39,61 @@ const QString kWithFolder = QStringLiteral("deletesFolder");
 
 const QString kWhere = QStringLiteral("cSystem.ClearUser");
 
-/// Tells a file from another one that is put in its place later; empty when there is none.
+const QString kNoFile = QStringLiteral("none");
+/// Characters of a working copy's own name, before the ending.
+constexpr qsizetype kDigits = 32;
+
+/// Tells a file from another one that is put in its place later. Throws when the disk cannot tell.
 QString identityOf(const QString& path) {
     struct stat status {};
     if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
-        return {};
+        if (errno == ENOENT || errno == ENOTDIR) {
+            return kNoFile;
+        }
+        throw std::system_error(errno, std::generic_category(), path.toStdString());
     }
     return QStringLiteral("%1:%2:%3.%4")
         .arg(status.st_ino)
         .arg(status.st_size)
         .arg(status.st_mtim.tv_sec)
         .arg(status.st_mtim.tv_nsec);
+}
+
+/// Steps that follow one another whatever becomes of each.
+class Failures {
+  public:
+    template <typename Step>
+    void run(Step&& step) {
+        try {
+            step();
+        } catch (...) {
+            m_thrown.push_back(std::current_exception());
+        }
+    }
+    [[nodiscard]] std::vector<Failure> all() const {
+        std::vector<Failure> told;
+        for (const std::exception_ptr& thrown : m_thrown) {
+            try {
+                std::rethrow_exception(thrown);
+            } catch (...) {
+                told.push_back(currentFailure());
+            }
+        }
+        return told;
+    }
+    void rethrowFirst() const {
+        if (!m_thrown.empty()) {
+            std::rethrow_exception(m_thrown.front());
+        }
+    }
+
+  private:
+    std::vector<std::exception_ptr> m_thrown;
+};
+
+bool isWorkingCopy(const QString& fileName) {
+    static const QRegularExpression form(QStringLiteral("^[0-9A-Fa-f]{%1}\\.").arg(kDigits));
+    return form.match(fileName).hasMatch();
 }
 
 QString digestOf(const QString& folder) {
@@ -61,21 +109,18 @@ void Destruction::destroy(System& system, bool deletesFolder) {
     note.path = notePath(note.privateFolder);
     note.userName = system.p_userName();
     note.sealedFile = system.p_kvdbFile();
-    note.sealedIdentity = identityOf(note.sealedFile);
-    note.workingCopies = {system.p_tmpFile(), system.user().p_activeFile()};
+    note.workingCopies = {QFileInfo(system.p_tmpFile()).fileName(),
+                          QFileInfo(system.user().p_activeFile()).fileName()};
     note.deletesFolder = deletesFolder;
     // Told behind the deletions: a box that stands before them would be a way out of them.
-    std::optional<Failure> unwritten;
-    try {
-        write(note);
-    } catch (...) {
-        unwritten = currentFailure();
-    }
+    Failures failures;
+    failures.run([&] { note.sealedIdentity = identityOf(note.sealedFile); });
+    failures.run([&] { write(note); });
     forgetUser(note);
+    failures.run([&] { deleteFiles(note); });
     system.ClearUser(deletesFolder);
-    (void)guardedRun(m_prompt, kWhere, [&] { deleteFiles(note); });
-    if (unwritten) {
-        m_prompt.messageBox(failureText(*unwritten, kWhere), Prompt::Icon::Critical);
+    for (const Failure& failure : failures.all()) {
+        m_prompt.messageBox(failureText(failure, kWhere), Prompt::Icon::Critical);
     }
 }
 
@@ -90,6 +135,8 @@ QStringList Destruction::finishInterrupted() {
                 told << finish(note);
             } else {
                 setFileAside(note.path, QStringLiteral("damaged"));
+                told << QStringLiteral("紧急销毁的记录已损坏，未据此删除任何文件：\r\n%1")
+                            .arg(note.path);
             }
         } catch (...) {
             told << failureText(currentFailure(), kWhere);
@@ -101,7 +148,7 @@ QStringList Destruction::finishInterrupted() {
 QString Destruction::finish(const Note& note) {
     forgetUser(note);
     const QString now = identityOf(note.sealedFile);
-    if (!note.sealedIdentity.isEmpty() && !now.isEmpty() && now != note.sealedIdentity) {
+    if (!note.sealedIdentity.isEmpty() && now != kNoFile && now != note.sealedIdentity) {
         deleteCopies(note);
         removeFile(note.path);
         return QStringLiteral(
@@ -143,16 +190,18 @@ Destruction::Note Destruction::read(const QString& path) {
     note.privateFolder = object[kFolder].toString();
     note.sealedFile = object[kSealed].toString();
     note.sealedIdentity = object[kIdentity].toString();
-    note.workingCopies = {object[kWorking].toString(), object[kFormer].toString()};
+    // Names alone: the state folder may have another path by now.
+    note.workingCopies = {QFileInfo(object[kWorking].toString()).fileName(),
+                          QFileInfo(object[kFormer].toString()).fileName()};
     note.deletesFolder = object[kWithFolder].toBool();
     return note;
 }
 
-bool Destruction::isSound(const Note& note) const {
-    const auto isOurs = [this](const QString& copy) {
-        return copy.isEmpty() || QFileInfo(copy).absolutePath() == stateFolder();
+bool Destruction::isSound(const Note& note) {
+    const auto isSoundCopy = [](const QString& copy) {
+        return copy.isEmpty() || isWorkingCopy(copy);
     };
-    return std::ranges::all_of(note.workingCopies, isOurs) && !note.userName.isEmpty() &&
+    return std::ranges::all_of(note.workingCopies, isSoundCopy) && !note.userName.isEmpty() &&
            QDir::isAbsolutePath(note.privateFolder) &&
            privatefolder::userNameOf(note.privateFolder) == note.userName &&
            note.sealedFile == privatefolder::databaseOf(note.privateFolder);
@@ -164,7 +213,7 @@ void Destruction::forgetUser(const Note& note) {
     }
     const auto stored = m_users.makeUser();
     if (stored->ReadRegistry(note.userName) &&
-        QFileInfo(stored->p_privateFolder()) != QFileInfo(note.privateFolder)) {
+        !privatefolder::isSamePlace(stored->p_privateFolder(), note.privateFolder)) {
         // A database of the same name in another folder, which was opened by hand.
         m_users.AddNewUser(stored);
         return;
@@ -173,31 +222,34 @@ void Destruction::forgetUser(const Note& note) {
 }
 
 void Destruction::deleteFiles(const Note& note) const {
-    deleteCopies(note);
+    Failures failures;
+    failures.run([&] { deleteCopies(note); });
+    failures.run([&] { removeFile(note.sealedFile); });
     // Second names that a lock has left of the files in the folder.
     QDir(stateFolder() + QStringLiteral("/folder-lock-") + digestOf(note.privateFolder))
         .removeRecursively();
-    if (note.deletesFolder && QFileInfo(note.privateFolder).isDir()) {
-        privatefolder::destroy(note.privateFolder);
+    if (note.deletesFolder) {
+        failures.run([&] { privatefolder::destroy(note.privateFolder); });
     }
-    removeFile(note.sealedFile);
+    failures.rethrowFirst();
     removeFile(note.path);
 }
 
 /// With their journals and, under the same first digits, what a change of the key has left.
 void Destruction::deleteCopies(const Note& note) const {
-    constexpr qsizetype kDigits = 32;
     const QDir state(stateFolder());
+    Failures failures;
     for (const QString& copy : note.workingCopies) {
-        const QString digits =
-            QFileInfo(copy).fileName().first(std::min(kDigits, QFileInfo(copy).fileName().size()));
-        if (digits.size() < kDigits || digits.contains(u'.')) {
+        if (!isWorkingCopy(copy)) {
             continue;
         }
-        for (const QString& name : state.entryList({digits + u'*'}, QDir::Files | QDir::Hidden)) {
-            removeFile(state.filePath(name));
+        const QStringList names =
+            state.entryList({copy.first(kDigits) + u'*'}, QDir::Files | QDir::Hidden);
+        for (const QString& name : names) {
+            failures.run([&] { removeFile(state.filePath(name)); });
         }
     }
+    failures.rethrowFirst();
 }
 
 }  // namespace keeper

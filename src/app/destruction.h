@@ -38,9 +38,9 @@ class Destruction {
         QString userName;
         QString privateFolder;
         QString sealedFile;
-        /// Which file it was; empty in an older note.
+        /// Which file it was; empty where that could not be told.
         QString sealedIdentity;
-        /// Of the session, and of a crashed one before it.
+        /// Names in the state folder: of the session's copy, and of a crashed one before it.
         QStringList workingCopies;
         bool deletesFolder = false;
     };
@@ -52,9 +52,9 @@ class Destruction {
     [[nodiscard]] QString finish(const Note& note);
     /// Whether the note names a private folder of its own user, and working copies of this program;
     /// anything else is not ours to delete.
-    [[nodiscard]] bool isSound(const Note& note) const;
+    [[nodiscard]] static bool isSound(const Note& note);
     void forgetUser(const Note& note);
-    /// Throws what could not be deleted; the note stays then.
+    /// Goes on behind a failure. Throws the first one at the end; the note stays then.
     void deleteFiles(const Note& note) const;
     void deleteCopies(const Note& note) const;
 

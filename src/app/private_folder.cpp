@@ -3,7 +3,9 @@
 
 #include "app/private_folder.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include "platform/durable_file.h"
 #include "platform/file_tree.h"
@@ -74,6 +76,15 @@ void repair(const QString& folder) {
                QStringLiteral("主界面背景图片"));
     repairPart(encryptedOf(folder), QStringLiteral("folder-encrypted"),
                QStringLiteral("加密的用户文件"));
+}
+
+bool isSamePlace(const QString& one, const QString& other) {
+    if (QDir::cleanPath(one) == QDir::cleanPath(other)) {
+        return true;
+    }
+    // Empty for each of two places that are away, such as two drives.
+    const QString reached = QFileInfo(one).canonicalFilePath();
+    return !reached.isEmpty() && reached == QFileInfo(other).canonicalFilePath();
 }
 
 void destroy(const QString& folder) {

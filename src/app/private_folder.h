@@ -24,6 +24,10 @@ namespace privatefolder {
 [[nodiscard]] QString backgroundsOf(const QString& folder);
 [[nodiscard]] QString encryptedOf(const QString& folder);
 
+/// Whether both paths lead to one file or folder, links followed. Paths at which nothing can be
+/// reached are one where they are written alike.
+[[nodiscard]] bool isSamePlace(const QString& one, const QString& other);
+
 /// Makes what is missing: the folder, its subfolders (all 0700) and in each a ".directory" file,
 /// by which file managers show icon and tip. What stands already stays as it is. Throws
 /// std::system_error.

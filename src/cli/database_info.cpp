@@ -27,7 +27,7 @@ QStringList recordOf(const QString& path) {
     KnownUsers known;
     for (const QString& name : known.users().names()) {
         const auto user = known.users().GetUser(name);
-        if (QFileInfo(user->p_kvdbFile()) != QFileInfo(path)) {
+        if (!privatefolder::isSamePlace(user->p_kvdbFile(), path)) {
             continue;
         }
         QStringList lines{

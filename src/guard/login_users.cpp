@@ -46,7 +46,8 @@ int Login::userAt(const QString& name, const QString& folder) {
         user = m_ports.users.makeUser();
         user->p_privateFolder(folder);
         m_ports.users.AddNewUser(user);
-    } else if (QFileInfo(folder) != QFileInfo(user->p_privateFolder()) && !moveTo(*user, folder)) {
+    } else if (!privatefolder::isSamePlace(folder, user->p_privateFolder()) &&
+               !moveTo(*user, folder)) {
         return -1;
     }
     if (!m_state.userNames.contains(name)) {

@@ -265,19 +265,44 @@ TEST_F(ConnectTest, AnInterruptedDestructionIsFinishedAndAnUnsoundNoteDeletesNot
     EXPECT_TRUE(QFileInfo::exists(sealedFile) && stored());
 
     putContent(copy + QStringLiteral("-journal"), "x");
-    QJsonObject replaced = sound;
-    replaced[QStringLiteral("sealedIdentity")] = QStringLiteral("1:2:3.4");
-    replaced[QStringLiteral("workingCopy")] = QString();
-    putContent(notePath(), QJsonDocument(replaced).toJson());
-    restart();
-    EXPECT_TRUE(lastText().contains(QStringLiteral("此后已换成另一个文件")));
-    EXPECT_TRUE(QFileInfo::exists(sealedFile)) << "a backup that somebody has put there";
+    for (const char* identity : {"1:2:3.4", "none"}) {
+        QJsonObject replaced = sound;
+        replaced[QStringLiteral("sealedIdentity")] = QString::fromLatin1(identity);
+        replaced[QStringLiteral("workingCopy")] = QString();
+        putContent(notePath(), QJsonDocument(replaced).toJson());
+        restart();
+        EXPECT_TRUE(lastText().contains(QStringLiteral("此后已换成另一个文件")));
+        EXPECT_TRUE(QFileInfo::exists(sealedFile)) << "a backup that somebody has put there";
+    }
 
+    // What cannot be deleted keeps nothing else from it, and is tried again.
+    ASSERT_TRUE(QFile::remove(sealedFile) && QDir().mkdir(sealedFile));
     putContent(notePath(), QJsonDocument(sound).toJson());
+    restart();
+    EXPECT_TRUE(lastText().contains(QStringLiteral("]cSystem.ClearUser:\r\n")));
+    EXPECT_TRUE(QFileInfo::exists(notePath()));
+    EXPECT_FALSE(QFileInfo::exists(folder) || QFileInfo::exists(copy));
     restart();
     EXPECT_TRUE(lastText().contains(QStringLiteral("现已完成")));
     expectFate(Fate::FolderDestroyed);
     EXPECT_TRUE(QFileInfo::exists(precious));
+}
+
+TEST_F(ConnectTest, ADestructionForgetsNoUserOfAnotherFolderThatIsAwayToo) {
+    const QString away = home.path(QStringLiteral("drive"));
+    ASSERT_TRUE(QDir().rename(folder, away));
+    const QString other = QStringLiteral("/mnt/elsewhere/") + QFileInfo(folder).fileName();
+    putContent(notePath(),
+               QJsonDocument(QJsonObject{{QStringLiteral("user"), name},
+                                         {QStringLiteral("privateFolder"), other},
+                                         {QStringLiteral("sealedFile"),
+                                          other + u'/' + QFileInfo(sealedFile).fileName()}})
+                   .toJson());
+    restart();
+    EXPECT_TRUE(lastText().contains(QStringLiteral("现已完成")));
+    EXPECT_TRUE(stored());
+    EXPECT_TRUE(QDir().rename(away, folder));
+    prompt.boxes.clear();
 }
 
 TEST_F(ConnectTest, ADestructionTakesTheCrashedCopyToo) {
