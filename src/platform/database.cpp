@@ -181,7 +181,7 @@ sqlite3* Database::connect(const QString& path, const QString& password, bool is
                            std::unique_ptr<PageKey>* pageKey) const {
     refuseUnfitPassword(password);
     startCipherLibrary();
-    const KeyAllocations keys;
+    const KeyAllocations keys(m_options.locksKeys);
     Connection connection;
     const QByteArray name = QFile::encodeName(path);
     check(nullptr,

@@ -46,6 +46,8 @@ struct DatabaseOptions {
     /// Rounds of PBKDF2. Tests lower this; the program never does.
     int keyRounds = 256'000;
     int pageSize = 4096;
+    /// Whether the keys are kept out of the swap space, which takes milliseconds.
+    bool locksKeys = true;
 };
 
 /// One open, encrypted, exclusively held database file.

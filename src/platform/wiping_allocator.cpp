@@ -74,8 +74,8 @@ void installWipingAllocator() {
     });
 }
 
-KeyAllocations::KeyAllocations() {
-    areKeysMade = true;
+KeyAllocations::KeyAllocations(bool locksKeys) {
+    areKeysMade = locksKeys;
 }
 
 KeyAllocations::~KeyAllocations() {

@@ -15,7 +15,7 @@ void installWipingAllocator();
 /// has one thread.
 class KeyAllocations {
   public:
-    KeyAllocations();
+    explicit KeyAllocations(bool locksKeys);
     ~KeyAllocations();
     KeyAllocations(const KeyAllocations&) = delete;
     KeyAllocations& operator=(const KeyAllocations&) = delete;
