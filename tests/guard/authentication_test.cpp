@@ -85,7 +85,7 @@ class AuthenticationTest : public SessionTest {
     }
 
     std::unique_ptr<Protection> protection;
-    const QString secret = QStringLiteral("独立pwd-77");
+    const QString secret = u"独立pwd-77"_s;
 };
 
 TEST_F(AuthenticationTest, AnErrorNobodyKnowsIsToldAtLoginAndDestroysNothing) {
@@ -94,8 +94,8 @@ TEST_F(AuthenticationTest, AnErrorNobodyKnowsIsToldAtLoginAndDestroysNothing) {
     program->unlocksColumns = []() -> bool { throw std::runtime_error("out of order"); };
     EXPECT_FALSE(program->enter(key));
     ASSERT_FALSE(prompt.boxes.empty());
-    EXPECT_EQ(prompt.boxes.back().title, QStringLiteral("未知错误"));
-    EXPECT_TRUE(prompt.boxes.back().text.contains(QStringLiteral("out of order")));
+    EXPECT_EQ(prompt.boxes.back().title, u"未知错误"_s);
+    EXPECT_TRUE(prompt.boxes.back().text.contains(u"out of order"_s));
     crashAndRestart();
     protection->entries = {secret};
     EXPECT_TRUE(program->enter(key)) << lastText().toStdString();
@@ -104,12 +104,12 @@ TEST_F(AuthenticationTest, AnErrorNobodyKnowsIsToldAtLoginAndDestroysNothing) {
 TEST_F(AuthenticationTest, ChancesOutliveCrashesAndSessionsUntilTheRightEntry) {
     Authentication* form = &protection->form;
     form->load(Type::IndependentPassword);
-    EXPECT_EQ(form->state().title, QStringLiteral("验证独立密码"));
+    EXPECT_EQ(form->state().title, u"验证独立密码"_s);
     EXPECT_EQ(form->state().userName, name);
     form->cmdOK(QString());
-    EXPECT_EQ(lastText(), QStringLiteral("您还未输入密码！"));
-    form->cmdOK(QStringLiteral("wrong"));
-    EXPECT_EQ(lastText(), QStringLiteral("密码错误！你还有4次尝试机会。"));
+    EXPECT_EQ(lastText(), u"您还未输入密码！"_s);
+    form->cmdOK(u"wrong"_s);
+    EXPECT_EQ(lastText(), u"密码错误！你还有4次尝试机会。"_s);
     form->cmdCancel();
     EXPECT_EQ(form->result(), Decision::NotVerified);
 
@@ -122,14 +122,14 @@ TEST_F(AuthenticationTest, ChancesOutliveCrashesAndSessionsUntilTheRightEntry) {
     prompt.boxes.clear();
     form = &protection->form;
     form->load(Type::LoginKey);
-    EXPECT_EQ(form->state().label, QStringLiteral("登录密钥："));
+    EXPECT_EQ(form->state().label, u"登录密钥："_s);
     for (const int left : {3, 2, 1}) {
-        form->cmdOK(QStringLiteral("wrong"));
-        EXPECT_EQ(lastText(), QStringLiteral("密码错误！你还有%1次尝试机会。").arg(left));
+        form->cmdOK(u"wrong"_s);
+        EXPECT_EQ(lastText(), u"密码错误！你还有%1次尝试机会。"_s.arg(left));
     }
-    form->cmdOK(QStringLiteral("wrong"));
+    form->cmdOK(u"wrong"_s);
     EXPECT_EQ(prompt.boxes.back().icon, Prompt::Icon::Critical);
-    EXPECT_EQ(lastText(), QStringLiteral("密码错误！独立密码的尝试机会已用完！"));
+    EXPECT_EQ(lastText(), u"密码错误！独立密码的尝试机会已用完！"_s);
     EXPECT_EQ(form->result(), Decision::UsedUp);
     EXPECT_TRUE(form->isClosed());
     Statement row(program->connection, "SELECT lCount FROM tb_SysLog WHERE statusNo=7");
@@ -138,7 +138,7 @@ TEST_F(AuthenticationTest, ChancesOutliveCrashesAndSessionsUntilTheRightEntry) {
 
     // A session that begins without chances can be had back by the right password alone.
     form->load(Type::IndependentPassword);
-    form->cmdOK(QStringLiteral("wrong"));
+    form->cmdOK(u"wrong"_s);
     EXPECT_EQ(form->result(), Decision::UsedUp);
     form->load(Type::IndependentPassword);
     form->cmdOK(secret);
@@ -156,7 +156,7 @@ TEST_F(AuthenticationTest, AnAttemptThatCannotBeCountedIsNone) {
         "CREATE TRIGGER full BEFORE UPDATE ON tb_TypeByte BEGIN SELECT RAISE(ABORT,'full'); END");
     protection->form.load(Type::IndependentPassword);
     protection->form.cmdOK(secret);
-    EXPECT_TRUE(lastText().contains(QStringLiteral("]dlgAuthentication.IdentifySecret:\r\n")));
+    EXPECT_TRUE(lastText().contains(u"]dlgAuthentication.IdentifySecret:\r\n"_s));
     EXPECT_FALSE(protection->form.isClosed());
     EXPECT_EQ(program->system.settings().p_idpPwdChances1(), 5);
 }
@@ -164,24 +164,24 @@ TEST_F(AuthenticationTest, AnAttemptThatCannotBeCountedIsNone) {
 TEST_F(AuthenticationTest, WithColumnEncryptionALoginStopsBeforeAnythingIsReadable) {
     program->connection.execute("UPDATE tb_Entry SET customPwd='canary'");
     turnColumnsOn();
-    EXPECT_EQ(customPasswords(QStringLiteral("canary")), 0);
+    EXPECT_EQ(customPasswords(u"canary"_s), 0);
     leaveAndRestart();
     protect();
 
     const QByteArray sealedBefore = contentOf(sealedFile);
-    protection->entries = {QStringLiteral("wrong")};
+    protection->entries = {u"wrong"_s};
     EXPECT_FALSE(program->enter(key));
-    EXPECT_EQ(lastText(), QStringLiteral("密码错误！你还有4次尝试机会。"));
+    EXPECT_EQ(lastText(), u"密码错误！你还有4次尝试机会。"_s);
     EXPECT_FALSE(program->connection.isOpen());
     EXPECT_EQ(program->system.p_plainIdpPwd(), QString());
     EXPECT_NE(contentOf(sealedFile), sealedBefore) << "the attempt is sealed in";
 
     restart();
     protect();
-    protection->entries = {QStringLiteral("wrong"), secret};
+    protection->entries = {u"wrong"_s, secret};
     ASSERT_TRUE(program->enter(key));
-    EXPECT_TRUE(prompt.takeTexts().contains(QStringLiteral("密码错误！你还有3次尝试机会。")));
-    EXPECT_EQ(program->fils.Search(QStringLiteral("0301")).m_customPwd, QStringLiteral("canary"));
+    EXPECT_TRUE(prompt.takeTexts().contains(u"密码错误！你还有3次尝试机会。"_s));
+    EXPECT_EQ(program->fils.Search(u"0301"_s).m_customPwd, u"canary"_s);
 
     // A crash leaves a working copy, and the question stands in front of that, too.
     crashAndRestart();
@@ -191,7 +191,7 @@ TEST_F(AuthenticationTest, WithColumnEncryptionALoginStopsBeforeAnythingIsReadab
     protection->entries = {secret};
     ASSERT_TRUE(program->enter(key));
     EXPECT_TRUE(program->resumed);
-    EXPECT_EQ(program->fils.Search(QStringLiteral("0301")).m_customPwd, QStringLiteral("canary"));
+    EXPECT_EQ(program->fils.Search(u"0301"_s).m_customPwd, u"canary"_s);
 }
 
 TEST_F(AuthenticationTest, AFingerStandsForARememberedKey) {
@@ -218,7 +218,7 @@ TEST_F(AuthenticationTest, AFingerStandsForARememberedKey) {
     EXPECT_TRUE(stored()->p_fingerprint());
     EXPECT_EQ(program->login.state().keyText, QString());
     program->login.OnLoginClicked();
-    EXPECT_EQ(lastText(), QStringLiteral("您忘记输入密钥了！"));
+    EXPECT_EQ(lastText(), u"您忘记输入密钥了！"_s);
     EXPECT_FALSE(program->login.isClosed()) << "neither a strange finger nor none leads in";
     restart();
     program->hasReader = program->knowsFinger = true;

@@ -4,17 +4,11 @@
 #include "guard/branch_commands.h"
 
 #include <QFile>
-#include <utility>
-#include <vector>
 
-#include "crypto/cryptor3.h"
 #include "guard/branch_manage.h"
 #include "guard/guard_fixture.h"
-#include "store/column_cipher.h"
-#include "store/cryptor_host_adapter.h"
-#include "store/store_context.h"
 #include "store/sys_logs.h"
-#include "support/no_column_key.h"
+#include "support/store_ground.h"
 
 namespace keeper {
 namespace {
@@ -38,13 +32,13 @@ class BranchCommandsTest : public GuardTest {
                                        return isSealed;
                                    },
                                .refreshDisplay = [this] { ++refreshed; },
-                               .dispatchFolder = [] { return QStringLiteral("/media"); }});
+                               .dispatchFolder = [] { return u"/media"_s; }});
     }
     /// Sentences of the log, oldest first, emptied by the call.
     QStringList takeLog() {
         std::vector<SysLogLine> lines;
         int count = 0;
-        m_sysLogs.Display(lines, {}, {}, QStringLiteral("0"), count);
+        m_sysLogs.Display(lines, {}, {}, u"0"_s, count);
         m_sysLogs.Clear(0);
         QStringList sentences;
         for (const SysLogLine& line : lines) {
@@ -58,13 +52,8 @@ class BranchCommandsTest : public GuardTest {
     bool isSealed = true;
     QStringList dispatched;
     int refreshed = 0;
-
-    FakeEventLoop m_eventLoop;
-    PromptCryptorHost m_host{prompt, m_eventLoop};
-    Cryptor3 m_cryptor{m_host};
-    NoColumnKey m_columnKey;
-    ColumnCipher m_columns{m_columnKey, m_cryptor};
-    SysLogs m_sysLogs{StoreContext{database, prompt, clock, m_columns}};
+    StoreGround m_ground{database, prompt, clock};
+    SysLogs m_sysLogs{m_ground.context};
 };
 
 TEST_F(BranchCommandsTest, ConfinementAsksIsGatedAndLogged) {
@@ -73,9 +62,9 @@ TEST_F(BranchCommandsTest, ConfinementAsksIsGatedAndLogged) {
     EXPECT_FALSE(commands().mn_confineBranch());
     EXPECT_TRUE(authorities.empty());
     EXPECT_EQ(prompt.boxes.at(0).buttons, Prompt::Buttons::OkCancel);
-    EXPECT_EQ(prompt.takeTexts(), QStringList(QStringLiteral(
-                                      "您确定要限定数据库的登录机器？限定后数据库存活期不再递减，"
-                                      "但只能在此分机和原新建机器上登录。")));
+    EXPECT_EQ(prompt.takeTexts(),
+              QStringList(u"您确定要限定数据库的登录机器？限定后数据库存活期不再递减，"
+                          "但只能在此分机和原新建机器上登录。"_s));
 
     prompt.answers = {Prompt::Answer::Ok};
     isAuthorised = false;
@@ -87,21 +76,18 @@ TEST_F(BranchCommandsTest, ConfinementAsksIsGatedAndLogged) {
     isAuthorised = true;
     EXPECT_TRUE(commands().mn_confineBranch());
     EXPECT_TRUE(guard->p_isBrchConfined());
-    EXPECT_EQ(takeLog(),
-              QStringList(QStringLiteral("限定密码数据库到【HOST】上；IP:【10.0.0.2】")));
+    EXPECT_EQ(takeLog(), QStringList(u"限定密码数据库到【HOST】上；IP:【10.0.0.2】"_s));
 
-    branch.address = {QStringLiteral("A4:C3:F0:00:00:02"), true};
+    branch.address = {u"A4:C3:F0:00:00:02"_s, true};
     prompt.takeTexts();
     prompt.answers = {Prompt::Answer::No};
     EXPECT_FALSE(commands().mn_confineBranch());
     prompt.answers = {Prompt::Answer::Yes};
     EXPECT_TRUE(commands().mn_confineBranch());
-    EXPECT_EQ(prompt.takeTexts().value(0),
-              QStringLiteral("是否解除限定？解除后本数据库可以在所有分机上登录。"));
+    EXPECT_EQ(prompt.takeTexts().value(0), u"是否解除限定？解除后本数据库可以在所有分机上登录。"_s);
     EXPECT_FALSE(guard->p_isBrchConfined());
-    EXPECT_EQ(
-        takeLog(),
-        QStringList(QStringLiteral("解除密码数据库在【HOST】上的限定；MAC:【A4:C3:F0:00:00:02】")));
+    EXPECT_EQ(takeLog(),
+              QStringList(u"解除密码数据库在【HOST】上的限定；MAC:【A4:C3:F0:00:00:02】"_s));
     EXPECT_EQ(refreshed, 2);
 }
 
@@ -120,23 +106,21 @@ TEST_F(BranchCommandsTest, TheLifetimeIsSetOnTheOriginAlone) {
         EXPECT_EQ(guard->deadCount(), 30);
         EXPECT_FALSE(guard->p_autoRenew());
     }
-    EXPECT_EQ(told, QStringList(QStringLiteral("本数据库在分机上的存活期还有30天。")));
+    EXPECT_EQ(told, QStringList(u"本数据库在分机上的存活期还有30天。"_s));
     EXPECT_EQ(takeLog(), told);
 }
 
 TEST_F(BranchCommandsTest, ConfinementThatCannotBeWrittenIsToldAsSuch) {
     ASSERT_TRUE(login(origin).ok);
-    database.execute(
-        "create trigger stop before update on tb_SWProtect begin select raise(abort, 'no'); end");
+    stopGuardWrites(database);
     prompt.answers = {Prompt::Answer::Ok};
     EXPECT_FALSE(commands().mn_confineBranch());
     const QStringList told = prompt.takeTexts();
     ASSERT_EQ(told.size(), 3);
-    EXPECT_EQ(
-        told.at(0),
-        QStringLiteral("您正在在原新建机器上限定数据库登录，限定后数据库只可在本计算机上登录，"
-                       "确定继续？"));
-    EXPECT_EQ(told.at(2), QStringLiteral("限定登录失败！"));
+    EXPECT_EQ(told.at(0),
+              u"您正在在原新建机器上限定数据库登录，限定后数据库只可在本计算机上登录，"
+              "确定继续？"_s);
+    EXPECT_EQ(told.at(2), u"限定登录失败！"_s);
     EXPECT_TRUE(takeLog().isEmpty());
     EXPECT_EQ(refreshed, 0);
 }
@@ -147,25 +131,24 @@ TEST_F(BranchCommandsTest, ExchangeRefusesInOrderAndThenExchanges) {
         return prompt.takeTexts().value(0);
     };
     ASSERT_TRUE(login(branch).ok);
-    EXPECT_EQ(refusal(), QStringLiteral("当前没有限定在任何分机上，无法交换！"));
+    EXPECT_EQ(refusal(), u"当前没有限定在任何分机上，无法交换！"_s);
     ASSERT_TRUE(login(origin).ok);
     ASSERT_TRUE(guard->LockOntoBrch(true));
-    EXPECT_EQ(refusal(), QStringLiteral("当前已限定在主机上，无需交换！"));
+    EXPECT_EQ(refusal(), u"当前已限定在主机上，无需交换！"_s);
     ASSERT_TRUE(guard->LockOntoBrch(false));
     ASSERT_TRUE(login(branch).ok);
     ASSERT_TRUE(guard->LockOntoBrch(true));
-    EXPECT_EQ(refusal(), QStringLiteral("当前不在主机上登录，禁止交换！"));
+    EXPECT_EQ(refusal(), u"当前不在主机上登录，禁止交换！"_s);
 
     ASSERT_TRUE(login(origin).ok);
     prompt.answers = {Prompt::Answer::Cancel};
-    EXPECT_EQ(refusal(), QStringLiteral("您确定要交换主副机器吗？交换后本机将成为分机！"));
+    EXPECT_EQ(refusal(), u"您确定要交换主副机器吗？交换后本机将成为分机！"_s);
     EXPECT_FALSE(guard->p_isOnBranch());
     prompt.answers = {Prompt::Answer::Ok};
     EXPECT_TRUE(commands().mn_switchMachine());
-    EXPECT_EQ(prompt.takeTexts().last(), QStringLiteral("交换主副机器成功，当前在分机上登录！"));
+    EXPECT_EQ(prompt.takeTexts().last(), u"交换主副机器成功，当前在分机上登录！"_s);
     EXPECT_TRUE(guard->p_isOnBranch());
-    EXPECT_EQ(takeLog(),
-              QStringList(QStringLiteral("在分机【HOST】上交换主副机器；IP:【10.0.0.2】")));
+    EXPECT_EQ(takeLog(), QStringList(u"在分机【HOST】上交换主副机器；IP:【10.0.0.2】"_s));
 }
 
 TEST_F(BranchCommandsTest, DispatchIsGatedNamedAndLogged) {
@@ -179,24 +162,22 @@ TEST_F(BranchCommandsTest, DispatchIsGatedNamedAndLogged) {
     isAuthorised = true;
     prompt.paths = {QString()};
     EXPECT_FALSE(commands().mn_dispatch());
-    EXPECT_EQ(prompt.dialogs, QStringList(QStringLiteral("分派数据库|/media|密码数据库(*.kvdb)")));
+    EXPECT_EQ(prompt.dialogs, QStringList(u"分派数据库|/media|密码数据库(*.kvdb)"_s));
 
     isSealed = false;
-    prompt.paths = {QStringLiteral("/media/副本")};
+    prompt.paths = {u"/media/副本"_s};
     EXPECT_FALSE(commands().mn_dispatch());
     EXPECT_TRUE(takeLog().isEmpty());
 
     isSealed = true;
-    prompt.paths = {QStringLiteral("/media/副本.KVDB")};
+    prompt.paths = {u"/media/副本.KVDB"_s};
     EXPECT_TRUE(commands().mn_dispatch());
-    EXPECT_EQ(dispatched, QStringList({QStringLiteral("/media/副本.kvdb"),
-                                       QStringLiteral("/media/副本.KVDB")}));
-    EXPECT_EQ(prompt.takeTexts(), QStringList(QStringLiteral("分派完成！")));
-    EXPECT_EQ(takeLog(),
-              QStringList(QStringLiteral("分派数据库到【/media/副本.KVDB】，存活期为30天")));
+    EXPECT_EQ(dispatched, QStringList({u"/media/副本.kvdb"_s, u"/media/副本.KVDB"_s}));
+    EXPECT_EQ(prompt.takeTexts(), QStringList(u"分派完成！"_s));
+    EXPECT_EQ(takeLog(), QStringList(u"分派数据库到【/media/副本.KVDB】，存活期为30天"_s));
 
     // The dialog was asked about "guard" and knows nothing of "guard.kvdb".
-    QFile standing(path.chopped(3) + QStringLiteral(".kvdb"));
+    QFile standing(path.chopped(3) + u".kvdb"_s);
     ASSERT_TRUE(standing.open(QIODevice::WriteOnly));
     prompt.paths = {path.chopped(3)};
     prompt.answers = {Prompt::Answer::No};

@@ -29,32 +29,31 @@
 namespace keeper {
 namespace {
 
-const QString kSecret = QStringLiteral("独立pwd-77");
+const QString kSecret = u"独立pwd-77"_s;
 
 struct ColumnProgram {
     explicit ColumnProgram(const QString& file) {
         if (QFileInfo::exists(file)) {
-            database.open(file, QStringLiteral("columns"));
+            database.open(file, u"columns"_s);
             QString message;
             EXPECT_TRUE(system.ReadDB(message)) << message.toStdString();
         } else {
-            database.create(file, QStringLiteral("columns"));
+            database.create(file, u"columns"_s);
             createSchema(database, clock.now());
             system.SetHashIdpPwd(kSecret);
-            EXPECT_TRUE(system.settings().NewBuild(QStringLiteral("某人")));
+            EXPECT_TRUE(system.settings().NewBuild(u"某人"_s));
         }
     }
 
     /// So many rows in each of the five tables, of every shape that a cell can have.
     void fill(int rows) {
         Transaction transaction(database);
-        const QStringList shapes{QStringLiteral("plain-%1"), QStringLiteral("密码%1！"),
-                                 QStringLiteral("č🙂%1"),
-                                 QString(300, u'x') + QStringLiteral("%1")};
+        const QStringList shapes{u"plain-%1"_s, u"密码%1！"_s, u"č🙂%1"_s,
+                                 QString(300, u'x') + u"%1"_s};
         for (int i = 0; i < rows; ++i) {
             const QString name = QString::number(i);
-            const QString dir = QStringLiteral("01%1").arg(i / 99 + 1, 2, 10, QLatin1Char('0'));
-            const QString no = QStringLiteral("%1").arg(i % 99 + 1, 2, 10, QLatin1Char('0'));
+            const QString dir = u"01%1"_s.arg(i / 99 + 1, 2, 10, QLatin1Char('0'));
+            const QString no = u"%1"_s.arg(i % 99 + 1, 2, 10, QLatin1Char('0'));
             if (i % 99 == 0) {
                 run("INSERT INTO tb_Directory VALUES(?1,'01','目录')", {dir});
             }
@@ -73,7 +72,7 @@ struct ColumnProgram {
         Statement statement(database, sql);
         for (int i = 0; i < values.size(); ++i) {
             // An empty text is not null.
-            statement.bind(i + 1, values.at(i).isNull() ? QStringLiteral("") : values.at(i));
+            statement.bind(i + 1, values.at(i).isNull() ? u""_s : values.at(i));
         }
         statement.run();
     }
@@ -86,7 +85,7 @@ struct ColumnProgram {
                       " UNION ALL SELECT Content FROM tb_AssPwd"
                       " UNION ALL SELECT originalPwd FROM tb_EntLog");
         while (all.step()) {
-            const QString cell = all.isNull(0) ? QStringLiteral("<null>") : all.text(0);
+            const QString cell = all.isNull(0) ? u"<null>"_s : all.text(0);
             found << (isRead && !all.isNull(0) ? columns.toPlain(cell) : cell);
         }
         return found;
@@ -147,9 +146,8 @@ TEST_F(ColumnSwitchTest, OnAndOffLeadEveryCellThereAndBack) {
         program.form.changed = [&] { percents.push_back(program.form.state().percent); };
         program.click();
         EXPECT_EQ(program.prompt.takeTexts(),
-                  (QStringList{QStringLiteral("即将开启列级加密，确定继续？"),
-                               QStringLiteral("列级加密已完成！")}));
-        EXPECT_EQ(program.form.state().caption, QStringLiteral("列级加密已开启"));
+                  (QStringList{u"即将开启列级加密，确定继续？"_s, u"列级加密已完成！"_s}));
+        EXPECT_EQ(program.form.state().caption, u"列级加密已开启"_s);
         EXPECT_EQ(percents.back(), 100);
         EXPECT_TRUE(std::is_sorted(percents.begin(), percents.end()));
         EXPECT_GE(program.loop.turns, 5 * 150);
@@ -159,7 +157,7 @@ TEST_F(ColumnSwitchTest, OnAndOffLeadEveryCellThereAndBack) {
     EXPECT_TRUE(program->system.settings().p_idpPwdSwitch());
     const QStringList stored = program->cells(/*isRead=*/false);
     for (qsizetype i = 0; i < stored.size(); ++i) {
-        const bool isKept = before.at(i).isEmpty() || before.at(i) == QStringLiteral("<null>");
+        const bool isKept = before.at(i).isEmpty() || before.at(i) == u"<null>"_s;
         ASSERT_EQ(stored.at(i) == before.at(i), isKept) << i;
     }
     EXPECT_EQ(program->cells(/*isRead=*/true), before);
@@ -167,17 +165,17 @@ TEST_F(ColumnSwitchTest, OnAndOffLeadEveryCellThereAndBack) {
     int count = 0;
     EntLogs logs(program->store);
     ASSERT_TRUE(logs.Display(lines, QString(), {}, {}, 0, count));
-    EXPECT_EQ(lines.back().password, QStringLiteral("自定义：plain-0"));
+    EXPECT_EQ(lines.back().password, u"自定义：plain-0"_s);
 
     program->database.execute("BEGIN;UPDATE tb_AssPwd SET Content='no cell' WHERE Name='12'");
     program->click();
     EXPECT_TRUE(program->prompt.boxes.back().text.contains(
-        QStringLiteral("]ColumnCryption.HandleAssPwd:\r\n关联密码【12】不是")));
+        u"]ColumnCryption.HandleAssPwd:\r\n关联密码【12】不是"_s));
     EXPECT_TRUE(program->system.settings().p_idpPwdSwitch());
     program->database.execute("ROLLBACK");
 
     program->click();
-    EXPECT_EQ(program->form.state().caption, QStringLiteral("列级加密已关闭"));
+    EXPECT_EQ(program->form.state().caption, u"列级加密已关闭"_s);
     EXPECT_EQ(program->system.p_plainIdpPwd(), QString()) << "nobody needs it any more";
     EXPECT_EQ(program->logged(1), 1);
     program.reset();
@@ -194,28 +192,25 @@ TEST_F(ColumnSwitchTest, RefusalsCostWhatTheyShouldAndChangeNothing) {
     program.form.emptyEntry = [&] { ++emptied; };
     program.form.load();
     program.form.chkCryptionStatus(QString());
-    program.form.chkCryptionStatus(QStringLiteral("wrong"));
+    program.form.chkCryptionStatus(u"wrong"_s);
     program.prompt.answers = {Prompt::Answer::Cancel};
     program.form.chkCryptionStatus(kSecret);
     EXPECT_EQ(program.prompt.takeTexts(),
-              (QStringList{QStringLiteral("您忘记输入密码了！"),
-                           QStringLiteral("密码错误！你还有4次尝试机会。"),
-                           QStringLiteral("即将开启列级加密，确定继续？")}));
+              (QStringList{u"您忘记输入密码了！"_s, u"密码错误！你还有4次尝试机会。"_s,
+                           u"即将开启列级加密，确定继续？"_s}));
     EXPECT_EQ(emptied, 3);
     EXPECT_EQ(program.system.settings().p_idpPwdChances1(), 5) << "restored by the right one";
     for (int i = 0; i < 5; ++i) {
         EXPECT_FALSE(program.form.isClosed());
-        program.form.chkCryptionStatus(QStringLiteral("wrong"));
+        program.form.chkCryptionStatus(u"wrong"_s);
     }
-    EXPECT_EQ(program.prompt.boxes.back().text,
-              QStringLiteral("密码错误！独立密码的尝试机会已用完！"));
+    EXPECT_EQ(program.prompt.boxes.back().text, u"密码错误！独立密码的尝试机会已用完！"_s);
     EXPECT_EQ(program.prompt.boxes.back().icon, Prompt::Icon::Critical);
     EXPECT_TRUE(program.form.isClosed() && program.form.isUsedUp());
 
     program.system.SetHashIdpPwd(QString());
     program.click();
-    EXPECT_EQ(program.prompt.boxes.back().text,
-              QStringLiteral("已设置的独立密码为空，列级加密不可用！"));
+    EXPECT_EQ(program.prompt.boxes.back().text, u"已设置的独立密码为空，列级加密不可用！"_s);
     EXPECT_EQ(program.cells(false), before);
     EXPECT_FALSE(program.system.settings().p_idpPwdSwitch());
 }
@@ -239,20 +234,19 @@ TEST_F(ColumnSwitchTest, WhatCannotBeFinishedIsUndoneAsAWhole) {
         }
     };
     program.click();
-    expectUntouched(QStringLiteral("已停止，数据库未作任何改动。"));
+    expectUntouched(u"已停止，数据库未作任何改动。"_s);
     program.loop.onTurn = [&] { program.form.close(); };
     program.click();
     EXPECT_TRUE(program.form.isClosed());
     EXPECT_TRUE(program.form.takeUntoldStop());
     EXPECT_FALSE(program.form.takeUntoldStop()) << "told once";
-    expectUntouched(QStringLiteral("即将开启列级加密，确定继续？"));
+    expectUntouched(u"即将开启列级加密，确定继续？"_s);
     program.loop.onTurn = nullptr;
 
     for (const qint64 room : {0, 100'000}) {
         const FileSizeLimit full(static_cast<rlim_t>(QFileInfo(file()).size() + room));
         program.click();
-        EXPECT_TRUE(
-            program.prompt.boxes.back().text.contains(QStringLiteral("]ColumnCryption.Handle")));
+        EXPECT_TRUE(program.prompt.boxes.back().text.contains(u"]ColumnCryption.Handle"_s));
         EXPECT_FALSE(program.system.settings().p_idpPwdSwitch());
     }
     EXPECT_EQ(program.cells(false), before);
@@ -260,7 +254,7 @@ TEST_F(ColumnSwitchTest, WhatCannotBeFinishedIsUndoneAsAWhole) {
     program.database.execute(
         "CREATE TRIGGER full BEFORE INSERT ON tb_SysLog BEGIN SELECT RAISE(ABORT,'full'); END");
     program.click();
-    EXPECT_TRUE(program.prompt.boxes.back().text.contains(QStringLiteral("]SysLogs.Add:")));
+    EXPECT_TRUE(program.prompt.boxes.back().text.contains(u"]SysLogs.Add:"_s));
     program.database.execute("DROP TRIGGER full");
     program.form.load();
     program.form.cmdCancel();

@@ -3,10 +3,6 @@
 
 #include "guard/dispatcher.h"
 
-#include <gtest/gtest.h>
-
-#include <QTemporaryDir>
-
 #include "guard/guard_fixture.h"
 #include "support/vault.h"
 
@@ -30,20 +26,10 @@ struct GuardedSession : VaultSession {
     FakeClock clock;
     OSInfo osInfo;
     ScriptedUpgrades upgrades;
-    QString version = QStringLiteral("3.4.0");
+    QString version = u"3.4.0"_s;
     SWProtect::Ports ports{database, clock, random, prompt, osInfo, upgrades};
     SWProtect guard{ports, version};
 };
-
-QStringList guardRow(Database& database) {
-    Statement statement(database, "select * from tb_SWProtect");
-    EXPECT_TRUE(statement.step());
-    QStringList values;
-    for (int i = 0; i < 28; ++i) {
-        values << statement.text(i);
-    }
-    return values;
-}
 
 class DispatcherTest : public testing::Test {
   protected:
@@ -61,23 +47,23 @@ class DispatcherTest : public testing::Test {
 
     QTemporaryDir folder;
     FakeMachine origin;
-    FakeMachine third{QStringLiteral("THIRD")};
-    GuardedSession home{folder.filePath(QStringLiteral("home")), origin};
+    FakeMachine third{u"THIRD"_s};
+    GuardedSession home{folder.filePath(u"home"_s), origin};
 };
 
 TEST_F(DispatcherTest, TheCopyLeavesFreeWithAFullLifetimeAndTheOriginalStays) {
-    const QString target = folder.filePath(QStringLiteral("某人.kvdb"));
+    const QString target = folder.filePath(u"某人.kvdb"_s);
     const QStringList before = guardRow(home.database);
     ASSERT_TRUE(home.dispatcher().Dispatch(target))
         << home.prompt.takeTexts().join(u' ').toStdString();
     EXPECT_EQ(guardRow(home.database), before);
     EXPECT_EQ(home.rows(), 1);
     EXPECT_EQ(home.display.modes.back(), CryptMode::SealForDispatch);
-    EXPECT_EQ(home.filesIn(home.stateFolder).filter(QStringLiteral(".dispatching")), QStringList());
+    EXPECT_EQ(home.filesIn(home.stateFolder).filter(u".dispatching"_s), QStringList());
     EXPECT_TRUE(home.prompt.boxes.empty());
     EXPECT_TRUE(home.seal());
 
-    GuardedSession away(folder.filePath(QStringLiteral("away")), third);
+    GuardedSession away(folder.filePath(u"away"_s), third);
     away.keys.file = target;
     away.clock.set(home.clock.now());
     ASSERT_TRUE(away.open());
@@ -90,7 +76,7 @@ TEST_F(DispatcherTest, TheCopyLeavesFreeWithAFullLifetimeAndTheOriginalStays) {
     EXPECT_TRUE(away.seal());
 
     // The original itself would be condemned there.
-    GuardedSession stolen(folder.filePath(QStringLiteral("home")), third);
+    GuardedSession stolen(folder.filePath(u"home"_s), third);
     stolen.clock.set(home.clock.now());
     ASSERT_TRUE(stolen.open());
     EXPECT_EQ(stolen.judge().errorNumber, GuardVerdict::kWrongMachine);
@@ -98,18 +84,17 @@ TEST_F(DispatcherTest, TheCopyLeavesFreeWithAFullLifetimeAndTheOriginalStays) {
 
 TEST_F(DispatcherTest, AFailureIsToldLeavesNothingBehindAndKeepsTheOlderFile) {
     const QStringList before = guardRow(home.database);
-    EXPECT_FALSE(home.dispatcher().Dispatch(folder.filePath(QStringLiteral("none/copy.kvdb"))));
+    EXPECT_FALSE(home.dispatcher().Dispatch(folder.filePath(u"none/copy.kvdb"_s)));
     EXPECT_EQ(home.prompt.takeTexts().size(), 1);
 
-    const QString target = folder.filePath(QStringLiteral("copy.kvdb"));
+    const QString target = folder.filePath(u"copy.kvdb"_s);
     putContent(target, "older");
     home.database.execute("update tb_SWProtect set [20]='x'");
-    home.database.execute(
-        "create trigger stop before update on tb_SWProtect begin select raise(abort, 'no'); end");
+    stopGuardWrites(home.database);
     EXPECT_FALSE(home.dispatcher().Dispatch(target));
     EXPECT_EQ(contentOf(target), "older");
     EXPECT_EQ(home.prompt.takeTexts().size(), 1);
-    EXPECT_EQ(home.filesIn(home.stateFolder).filter(QStringLiteral(".dispatching")), QStringList());
+    EXPECT_EQ(home.filesIn(home.stateFolder).filter(u".dispatching"_s), QStringList());
     EXPECT_TRUE(home.database.isOpen());
     EXPECT_EQ(guardRow(home.database).mid(0, 18), before.mid(0, 18));
 }

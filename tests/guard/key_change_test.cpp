@@ -45,8 +45,8 @@ class KeyChangeTest : public SessionTest {
     }
     bool changeKey() { return program->sealed.SetLgnKey(false, newKey); }
     QStringList copies() const {
-        return QDir(program->folders.state + QStringLiteral("/morvane-keeper"))
-            .entryList({QStringLiteral("*.tmp")}, QDir::Files);
+        return QDir(program->folders.state + u"/morvane-keeper"_s)
+            .entryList({u"*.tmp"_s}, QDir::Files);
     }
     /// Whichever key the record knows: it is the only one, and it opens what the record names.
     void expectOneGoodKey(const std::string& at) {
@@ -73,7 +73,7 @@ class KeyChangeTest : public SessionTest {
         prompt.takeTexts();
     }
 
-    const QString newKey = QStringLiteral("another key 另一个");
+    const QString newKey = u"another key 另一个"_s;
     std::map<QString, QByteArray> m_files;
     QString m_copy;
     int m_changes = 0;
@@ -143,7 +143,7 @@ TEST_F(KeyChangeTest, ALostWorkingCopyNeverCostsTheSealedFile) {
         restart();
         prompt.answers = {Prompt::Answer::Yes};
         EXPECT_FALSE(program->enter(newKey));
-        EXPECT_TRUE(lastText().contains(QStringLiteral("修改了登录密钥")));
+        EXPECT_TRUE(lastText().contains(u"修改了登录密钥"_s));
         ASSERT_TRUE(QFileInfo::exists(sealedFile) && stored());
         program->system.user().p_remLgnKey(false);
         prompt.answers = {Prompt::Answer::Yes};
@@ -163,7 +163,7 @@ TEST_F(KeyChangeTest, ACrashBetweenSealingAndTheRecordLeavesTheNewKeyGood) {
     ASSERT_TRUE(program->sealed.CryptKVDB(false, 1, true, {}));
     restart();
     EXPECT_FALSE(program->enter(key)) << "the key from before the change";
-    EXPECT_TRUE(lastText().contains(QStringLiteral("修改了登录密钥")));
+    EXPECT_TRUE(lastText().contains(u"修改了登录密钥"_s));
     ASSERT_TRUE(program->enter(newKey)) << lastText().toStdString();
     EXPECT_FALSE(stored()->p_isKeyChangePending());
 }
@@ -174,10 +174,10 @@ TEST_F(KeyChangeTest, ARecordThatCannotBeWrittenLeavesTheOldKey) {
     ASSERT_TRUE(program->enter(key));
     prompt.takeTexts();
     const QString copy = program->system.p_tmpFile();
-    const QString registry = program->folders.registry() + QStringLiteral("/registry.new");
+    const QString registry = program->folders.registry() + u"/registry.new"_s;
     QDir().mkpath(registry);
     EXPECT_FALSE(changeKey());
-    EXPECT_TRUE(lastText().contains(QStringLiteral("登录密钥没有修改")));
+    EXPECT_TRUE(lastText().contains(u"登录密钥没有修改"_s));
     QDir().rmdir(registry);
     EXPECT_EQ(program->system.p_tmpFile(), copy);
     EXPECT_EQ(copies().size(), 1);
@@ -196,8 +196,8 @@ class NewUserTest : public SessionTest {
     void SetUp() override {}
     void empty() {
         program.reset();
-        QDir(home.path(QStringLiteral("home"))).removeRecursively();
-        QDir().mkpath(home.path(QStringLiteral("home")));
+        QDir(home.path(u"home"_s)).removeRecursively();
+        QDir().mkpath(home.path(u"home"_s));
     }
     [[nodiscard]] QStringList filesOf(const QString& pattern) const {
         QStringList found;
@@ -222,12 +222,12 @@ class NewUserTest : public SessionTest {
             EXPECT_TRUE(program->enter(key)) << at << lastText().toStdString();
             EXPECT_GE(program->logged(3) + program->logged(6), 1) << at;
         } else {
-            EXPECT_TRUE(program->build(QStringLiteral("另一人"), key)) << at;
-            EXPECT_EQ(filesOf(QStringLiteral("*.tmp")).size(), 1) << at;
+            EXPECT_TRUE(program->build(u"另一人"_s, key)) << at;
+            EXPECT_EQ(filesOf(u"*.tmp"_s).size(), 1) << at;
         }
         EXPECT_TRUE(program->leave()) << at;
         restart();
-        EXPECT_EQ(filesOf(QStringLiteral("*.tmp*")), QStringList()) << at;
+        EXPECT_EQ(filesOf(u"*.tmp*"_s), QStringList()) << at;
         prompt.takeTexts();
     }
 
@@ -265,7 +265,7 @@ TEST_F(NewUserTest, AFailingDiskLeavesAUserWholeOrUnknown) {
                   .check =
                       [this](const std::string& at, int answer) {
                           if (answer == 0) {
-                              EXPECT_EQ(filesOf(QStringLiteral("*.kvdb")), QStringList()) << at;
+                              EXPECT_EQ(filesOf(u"*.kvdb"_s), QStringList()) << at;
                           }
                           const int before = m_stored;
                           expectWholeOrNothing(at);

@@ -19,7 +19,6 @@
 namespace keeper {
 namespace {
 
-using namespace Qt::Literals::StringLiterals;
 using KeyType = SecretModification::KeyType;
 using Field = SecretManagement::Field;
 
@@ -61,8 +60,8 @@ class SecretsTest : public SessionTest, public StatusPanels {
         ASSERT_TRUE(setting->load());
         for (const int number : {1, 4, 6}) {
             setting->select(number);
-            setting->setQuestion(QStringLiteral("问%1").arg(number));
-            setting->setAnswer(QStringLiteral("Answer %1").arg(number));
+            setting->setQuestion(u"问%1"_s.arg(number));
+            setting->setAnswer(u"Answer %1"_s.arg(number));
         }
         prompt.answers = {Prompt::Answer::Ok};
         ASSERT_TRUE(setting->cmdOK());
@@ -70,13 +69,13 @@ class SecretsTest : public SessionTest, public StatusPanels {
     QString lastLog() {
         std::vector<SysLogLine> lines;
         int count = 0;
-        program->logs.Display(lines, {}, {}, QStringLiteral("0"), count);
+        program->logs.Display(lines, {}, {}, u"0"_s, count);
         return lines.empty() ? QString() : lines.front().status;
     }
     void setPanel(StatusPanel panel, const QString& text) override { panels[panel] = text; }
 
-    const QString password = QStringLiteral("second-77");
-    const QString newKey = QStringLiteral("另一个Key-9");
+    const QString password = u"second-77"_s;
+    const QString newKey = u"另一个Key-9"_s;
     bool asksQuestions = true;
     std::optional<SecureQuestions> questions;
     std::optional<QuestionSetting> setting;
@@ -94,9 +93,9 @@ TEST_F(SecretsTest, EachRuleOfANewSecretIsToldInOrder) {
         QString told;
         bool emptiesNew;
     };
-    const QString bad = QStringLiteral("a|b");
+    const QString bad = u"a|b"_s;
     const QString longest(33, u'k');
-    const QString warning = QStringLiteral("提示文本不能包含下列任何字符：\r\n\\ / : * ? \" < > |");
+    const QString warning = u"提示文本不能包含下列任何字符：\r\n\\ / : * ? \" < > |"_s;
     const QString strange = u"输入的内容含有无法区分的字符（如表情符号），请改用其它字符！"_s;
     const Case cases[] = {
         {KeyType::LoginKey, {{}, u"x"_s, u"y"_s, bad}, u"两次输入的新密码不一致！"_s, true},

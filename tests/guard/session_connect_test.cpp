@@ -36,8 +36,7 @@ class ConnectTest : public SessionTest {
         ASSERT_FALSE(prompt.boxes.empty());
         const ScriptedPrompt::Shown box = prompt.boxes.back();
         prompt.boxes.clear();
-        EXPECT_TRUE(box.text.startsWith(QStringLiteral("[%1]").arg(number)))
-            << box.text.toStdString();
+        EXPECT_TRUE(box.text.startsWith(u"[%1]"_s.arg(number))) << box.text.toStdString();
         EXPECT_EQ(box.icon, icon);
         expectFate(fate);
         EXPECT_GT(program->display.closed, 0);
@@ -48,17 +47,14 @@ class ConnectTest : public SessionTest {
         EXPECT_EQ(stored() != nullptr, fate == Fate::Kept);
         EXPECT_EQ(program->users.Exists(name), fate == Fate::Kept);
         EXPECT_EQ(workingCopies(), QStringList());
-        EXPECT_EQ(QDir(stateFolder()).entryList({QStringLiteral("destruction*.json")}),
-                  QStringList());
+        EXPECT_EQ(QDir(stateFolder()).entryList({u"destruction*.json"_s}), QStringList());
     }
     [[nodiscard]] QString stateFolder() const {
-        return program->folders.state + QStringLiteral("/morvane-keeper");
+        return program->folders.state + u"/morvane-keeper"_s;
     }
-    [[nodiscard]] QString notePath() const {
-        return stateFolder() + QStringLiteral("/destruction.json");
-    }
+    [[nodiscard]] QString notePath() const { return stateFolder() + u"/destruction.json"_s; }
     [[nodiscard]] QStringList workingCopies() const {
-        return QDir(stateFolder()).entryList({QStringLiteral("*.tmp*")}, QDir::Files);
+        return QDir(stateFolder()).entryList({u"*.tmp*"_s}, QDir::Files);
     }
     void expectLoginWorks() {
         restart();
@@ -70,7 +66,7 @@ class ConnectTest : public SessionTest {
 TEST_F(ConnectTest, AnExpiredBranchAndAClockSetBackAreRefusedAndResealed) {
     sealAsIs();
     const QString disk = machine.disk;
-    machine.disk = QStringLiteral("OTHER");
+    machine.disk = u"OTHER"_s;
     clock.advanceDays(100);
     restart();
     expectRefusal(1, Prompt::Icon::Exclamation, Fate::Kept);
@@ -89,7 +85,7 @@ TEST_F(ConnectTest, AnExpiredBranchAndAClockSetBackAreRefusedAndResealed) {
 
 TEST_F(ConnectTest, ADatabaseOfAnotherMainVersionIsRefusedAndResealed) {
     ASSERT_TRUE(program->leave());
-    program = std::make_unique<SessionProgram>(clock, prompt, machine, QStringLiteral("4.0.0"));
+    program = std::make_unique<SessionProgram>(clock, prompt, machine, u"4.0.0"_s);
     expectRefusal(2, Prompt::Icon::Exclamation, Fate::Kept);
     expectLoginWorks();
 }
@@ -109,7 +105,7 @@ TEST_F(ConnectTest, AConfinedDatabaseOnAForeignMachineIsDestroyed) {
     sealAsIs();
     expectLoginWorks();
     sealAsIs();
-    machine.disk = QStringLiteral("OTHER");
+    machine.disk = u"OTHER"_s;
     restart();
     expectRefusal(5, Prompt::Icon::Critical, Fate::FolderDestroyed);
 }
@@ -122,14 +118,15 @@ TEST_F(ConnectTest, AGuardEditedByHandIsDestroyed) {
 TEST_F(ConnectTest, AForgedHashWithAWrongKeyDestroysAndSaysSo) {
     sealAsIs();
     const auto forged = stored();
-    forged->p_hashLgnKey(Cryptor2::hashString(QStringLiteral("other key")));
+    forged->p_hashLgnKey(Cryptor2::hashString(u"other key"_s));
     ASSERT_TRUE(forged->WriteRegistry());
     restart();
-    EXPECT_FALSE(program->enter(QStringLiteral("other key")));
-    EXPECT_EQ(prompt.takeTexts(),
-              QStringList{QStringLiteral(
-                  "[7]解密失败:\r\n登录密钥错误！\r\n由于您的登录行为异常，本密码数据库及私人文件夹"
-                  "已被紧急销毁。")});
+    EXPECT_FALSE(program->enter(u"other key"_s));
+    EXPECT_EQ(
+        prompt.takeTexts(),
+        QStringList{
+            u"[7]解密失败:\r\n登录密钥错误！\r\n由于您的登录行为异常，本密码数据库及私人文件夹"
+            "已被紧急销毁。"_s});
     expectFate(Fate::FolderDestroyed);
     EXPECT_EQ(program->display.modes.size(), 2U) << "both schemes were tried";
 }
@@ -137,7 +134,7 @@ TEST_F(ConnectTest, AForgedHashWithAWrongKeyDestroysAndSaysSo) {
 TEST_F(ConnectTest, AFileThatCannotBeReadIsToldAndLeftAsItIs) {
     sealAsIs();
     const QByteArray whole = contentOf(sealedFile);
-    const QString aside = home.path(QStringLiteral("aside"));
+    const QString aside = home.path(u"aside"_s);
     for (const char* fault : {"cut", "empty", "folder", "gone"}) {
         SCOPED_TRACE(fault);
         const QByteArray which(fault);
@@ -191,7 +188,7 @@ TEST_F(ConnectTest, AnAbnormalEndIsHealedByTheWorkingCopy) {
     restart();
     ASSERT_TRUE(program->enter(key));
     EXPECT_TRUE(program->resumed);
-    EXPECT_TRUE(lastText().endsWith(QStringLiteral(" 登录后异常退出，现管理器已为您恢复。")));
+    EXPECT_TRUE(lastText().endsWith(u" 登录后异常退出，现管理器已为您恢复。"_s));
     EXPECT_EQ(program->logged(54), 1);
     EXPECT_EQ(program->logged(6), 1);
     EXPECT_EQ(program->logged(3), 1);
@@ -207,12 +204,11 @@ TEST_F(ConnectTest, ADatabaseInUseIsLeftToItsHolder) {
     const auto first = std::move(program);
     restart();
     EXPECT_FALSE(program->enter(key));
-    EXPECT_EQ(prompt.takeTexts(),
-              QStringList{QStringLiteral("[%1]:该密码数据库已被占用！").arg(sealedFile)});
+    EXPECT_EQ(prompt.takeTexts(), QStringList{u"[%1]:该密码数据库已被占用！"_s.arg(sealedFile)});
     program->login.load();
     first->sealed.ReleaseSealedFile();
     EXPECT_FALSE(program->enter(key));
-    EXPECT_TRUE(prompt.boxes.at(0).text.startsWith(QStringLiteral("[8]")));
+    EXPECT_TRUE(prompt.boxes.at(0).text.startsWith(u"[8]"_s));
     EXPECT_EQ(prompt.takeTexts().size(), 1);
     EXPECT_TRUE(QFileInfo::exists(first->system.p_tmpFile()));
     EXPECT_TRUE(stored());
@@ -239,14 +235,14 @@ TEST_F(ConnectTest, AWorkingCopyThatDoesNotOpenIsKeptWhateverTheAnswer) {
 
 TEST_F(ConnectTest, AnInterruptedDestructionIsFinishedAndAnUnsoundNoteDeletesNothing) {
     const QString copy = program->system.p_tmpFile();
-    const QString precious = home.path(QStringLiteral("precious.txt"));
+    const QString precious = home.path(u"precious.txt"_s);
     putContent(precious, "x");
-    const QJsonObject sound{{QStringLiteral("user"), name},
-                            {QStringLiteral("privateFolder"), folder},
-                            {QStringLiteral("sealedFile"), sealedFile},
-                            {QStringLiteral("workingCopy"), copy},
-                            {QStringLiteral("deletesFolder"), true}};
-    const std::pair<const char*, QString> faults[] = {{"user", QStringLiteral("别人")},
+    const QJsonObject sound{{u"user"_s, name},
+                            {u"privateFolder"_s, folder},
+                            {u"sealedFile"_s, sealedFile},
+                            {u"workingCopy"_s, copy},
+                            {u"deletesFolder"_s, true}};
+    const std::pair<const char*, QString> faults[] = {{"user", u"别人"_s},
                                                       {"user", QString()},
                                                       {"privateFolder", home.path()},
                                                       {"sealedFile", precious},
@@ -264,14 +260,14 @@ TEST_F(ConnectTest, AnInterruptedDestructionIsFinishedAndAnUnsoundNoteDeletesNot
     restart();
     EXPECT_TRUE(QFileInfo::exists(sealedFile) && stored());
 
-    putContent(copy + QStringLiteral("-journal"), "x");
+    putContent(copy + u"-journal"_s, "x");
     for (const char* identity : {"1:2:3.4", "none"}) {
         QJsonObject replaced = sound;
-        replaced[QStringLiteral("sealedIdentity")] = QString::fromLatin1(identity);
-        replaced[QStringLiteral("workingCopy")] = QString();
+        replaced[u"sealedIdentity"_s] = QString::fromLatin1(identity);
+        replaced[u"workingCopy"_s] = QString();
         putContent(notePath(), QJsonDocument(replaced).toJson());
         restart();
-        EXPECT_TRUE(lastText().contains(QStringLiteral("此后已换成另一个文件")));
+        EXPECT_TRUE(lastText().contains(u"此后已换成另一个文件"_s));
         EXPECT_TRUE(QFileInfo::exists(sealedFile)) << "a backup that somebody has put there";
     }
 
@@ -279,27 +275,27 @@ TEST_F(ConnectTest, AnInterruptedDestructionIsFinishedAndAnUnsoundNoteDeletesNot
     ASSERT_TRUE(QFile::remove(sealedFile) && QDir().mkdir(sealedFile));
     putContent(notePath(), QJsonDocument(sound).toJson());
     restart();
-    EXPECT_TRUE(lastText().contains(QStringLiteral("]cSystem.ClearUser:\r\n")));
+    EXPECT_TRUE(lastText().contains(u"]cSystem.ClearUser:\r\n"_s));
     EXPECT_TRUE(QFileInfo::exists(notePath()));
     EXPECT_FALSE(QFileInfo::exists(folder) || QFileInfo::exists(copy));
     restart();
-    EXPECT_TRUE(lastText().contains(QStringLiteral("现已完成")));
+    EXPECT_TRUE(lastText().contains(u"现已完成"_s));
     expectFate(Fate::FolderDestroyed);
     EXPECT_TRUE(QFileInfo::exists(precious));
 }
 
 TEST_F(ConnectTest, ADestructionForgetsNoUserOfAnotherFolderThatIsAwayToo) {
-    const QString away = home.path(QStringLiteral("drive"));
+    const QString away = home.path(u"drive"_s);
     ASSERT_TRUE(QDir().rename(folder, away));
-    const QString other = QStringLiteral("/mnt/elsewhere/") + QFileInfo(folder).fileName();
+    const QString other = u"/mnt/elsewhere/"_s + QFileInfo(folder).fileName();
     putContent(notePath(),
-               QJsonDocument(QJsonObject{{QStringLiteral("user"), name},
-                                         {QStringLiteral("privateFolder"), other},
-                                         {QStringLiteral("sealedFile"),
-                                          other + u'/' + QFileInfo(sealedFile).fileName()}})
+               QJsonDocument(
+                   QJsonObject{{u"user"_s, name},
+                               {u"privateFolder"_s, other},
+                               {u"sealedFile"_s, other + u'/' + QFileInfo(sealedFile).fileName()}})
                    .toJson());
     restart();
-    EXPECT_TRUE(lastText().contains(QStringLiteral("现已完成")));
+    EXPECT_TRUE(lastText().contains(u"现已完成"_s));
     EXPECT_TRUE(stored());
     EXPECT_TRUE(QDir().rename(away, folder));
     prompt.boxes.clear();
@@ -309,12 +305,12 @@ TEST_F(ConnectTest, ADestructionTakesTheCrashedCopyToo) {
     const QString crashed = program->system.p_tmpFile();
     restart();
     const auto user = program->users.GetUser(name);
-    user->p_plainLgnKey(QStringLiteral("forged-key"));
+    user->p_plainLgnKey(u"forged-key"_s);
     EXPECT_TRUE(user->WriteRegistry());
     restart();
     // The copy does not open under the forged key; the person goes on without it.
     prompt.answers = {Prompt::Answer::Yes};
-    EXPECT_FALSE(program->enter(QStringLiteral("forged-key")));
+    EXPECT_FALSE(program->enter(u"forged-key"_s));
     EXPECT_FALSE(QFileInfo::exists(crashed));
     expectFate(Fate::FolderDestroyed);
 }

@@ -13,8 +13,7 @@ class EndTest : public SessionTest {
   protected:
     Settings& settings() { return program->system.settings(); }
     [[nodiscard]] QStringList backups() const {
-        return QDir(program->system.p_defMyBackup())
-            .entryList({QStringLiteral("*.kvdb")}, QDir::Files);
+        return QDir(program->system.p_defMyBackup()).entryList({u"*.kvdb"_s}, QDir::Files);
     }
     [[nodiscard]] bool sealedBy(CryptMode mode) const {
         return std::ranges::find(program->display.modes, mode) != program->display.modes.end();
@@ -47,8 +46,8 @@ TEST_F(EndTest, EachReasonSealsUnderItsStatus) {
         EXPECT_TRUE(program->end.requestClose(one.reason, one.autoExit));
         EXPECT_TRUE(prompt.answers.empty());
         prompt.boxes.clear();
-        EXPECT_EQ(program->events.value(0), QStringLiteral("再见，王小明！"));
-        EXPECT_EQ(program->events.last(), QStringLiteral("tray"));
+        EXPECT_EQ(program->events.value(0), u"再见，王小明！"_s);
+        EXPECT_EQ(program->events.last(), u"tray"_s);
         EXPECT_FALSE(QFileInfo::exists(copy));
         EXPECT_EQ(stored()->p_activeFile(), QString());
         const auto count = program->events.size();
@@ -66,8 +65,7 @@ TEST_F(EndTest, HidingToTheTrayEndsNothing) {
     settings().p_close2Tray(true);
     EXPECT_FALSE(program->leave());
     EXPECT_EQ(program->events,
-              (QStringList{QStringLiteral("hide"),
-                           QStringLiteral("管理器已隐藏到托盘，单击图标还原管理器。")}));
+              (QStringList{u"hide"_s, u"管理器已隐藏到托盘，单击图标还原管理器。"_s}));
     EXPECT_EQ(program->logged(13), 0);
     EXPECT_FALSE(program->system.p_isLogouted());
 }
@@ -103,12 +101,12 @@ TEST_F(EndTest, BackupsFollowThePeriod) {
     EXPECT_TRUE(program->end.IsBackupDue(path));
 
     settings().p_backupPeriod(false);
-    settings().p_backupPath(home.path(QStringLiteral("none")));
+    settings().p_backupPath(home.path(u"none"_s));
     EXPECT_FALSE(program->end.IsBackupDue(path));
-    EXPECT_EQ(path, home.path(QStringLiteral("none")));
+    EXPECT_EQ(path, home.path(u"none"_s));
     EXPECT_TRUE(program->leave());
     EXPECT_TRUE(sealedBy(CryptMode::SealAfterFailedBackup));
-    EXPECT_EQ(lastText(), QStringLiteral("指定备份路径无效：") + path);
+    EXPECT_EQ(lastText(), u"指定备份路径无效："_s + path);
     EXPECT_EQ(stored()->p_activeFile(), QString()) << "sealed nevertheless";
 }
 
@@ -123,7 +121,7 @@ TEST_F(EndTest, ABackupIsTheSealedFileAgain) {
 
 TEST_F(EndTest, AFailedSealKeepsWorkingCopyAndRecordForTheNextLogin) {
     ASSERT_TRUE(QFile::remove(sealedFile));
-    ASSERT_TRUE(QDir().mkpath(sealedFile + QStringLiteral("/x")));
+    ASSERT_TRUE(QDir().mkpath(sealedFile + u"/x"_s));
     const QString copy = program->system.p_tmpFile();
     EXPECT_TRUE(program->leave());
     EXPECT_FALSE(prompt.takeTexts().isEmpty());

@@ -38,7 +38,7 @@ TEST_F(SessionTest, TheEarlierKeySchemeOpensWhicheverLayerWearsIt) {
         if (!program->road.g_keySchemeV2()) {
             program->connection.rekey(SealedDatabase::GetAccessDBSec(false, key),
                                       SealedDatabase::GetAccessDBSec(true, key),
-                                      home.path() + QStringLiteral("/moving"));
+                                      home.path() + u"/moving"_s);
         }
         ASSERT_TRUE(program->sealed.CryptKVDB(isOuterEarlier, static_cast<int>(CryptMode::Seal),
                                               true, QString()));
@@ -51,12 +51,12 @@ TEST_F(SessionTest, TheEarlierKeySchemeOpensWhicheverLayerWearsIt) {
 }
 
 TEST_F(SessionTest, ADatabaseOfTheSameNameInAnotherFolderIsJudgedByItself) {
-    const QString other = home.path(QStringLiteral("elsewhere/")) + QFileInfo(folder).fileName();
+    const QString other = home.path(u"elsewhere/"_s) + QFileInfo(folder).fileName();
     restart();
     QDir().mkpath(other);
     program->login.setStartFolder(other);
     program->login.activate();
-    EXPECT_TRUE(lastText().contains(QStringLiteral("其工作副本属于另一个私人文件夹")));
+    EXPECT_TRUE(lastText().contains(u"其工作副本属于另一个私人文件夹"_s));
     EXPECT_EQ(stored()->p_privateFolder(), folder);
     ASSERT_TRUE(program->enter(key));
     prompt.boxes.clear();
@@ -66,8 +66,8 @@ TEST_F(SessionTest, ADatabaseOfTheSameNameInAnotherFolderIsJudgedByItself) {
     program->login.setStartFolder(other);
     prompt.answers = {Prompt::Answer::No};
     program->login.activate();
-    program->typeAndLogIn(QStringLiteral("wrong key"));
-    EXPECT_TRUE(lastText().startsWith(QStringLiteral("本机没有登录过这个密码数据库")));
+    program->typeAndLogIn(u"wrong key"_s);
+    EXPECT_TRUE(lastText().startsWith(u"本机没有登录过这个密码数据库"_s));
     EXPECT_EQ(program->login.m_result(), Result::End) << "a refused blind test tries nothing";
     prompt.answers = {Prompt::Answer::Yes};
     ASSERT_TRUE(program->enter(key)) << lastText().toStdString();
@@ -76,21 +76,21 @@ TEST_F(SessionTest, ADatabaseOfTheSameNameInAnotherFolderIsJudgedByItself) {
 }
 
 TEST_F(SessionTest, APrivateFolderThatWasMovedTakesAllThatIsKnownAlong) {
-    const QString other = home.path(QStringLiteral("moved/")) + QFileInfo(folder).fileName();
+    const QString other = home.path(u"moved/"_s) + QFileInfo(folder).fileName();
     restart();  // by a crash
     QDir().mkpath(QFileInfo(other).path());
     ASSERT_TRUE(QDir().rename(folder, other));
     program->login.setStartFolder(other);
     prompt.answers = {Prompt::Answer::No};
     program->login.activate();
-    EXPECT_TRUE(lastText().contains(QStringLiteral("其私人文件夹已不在原处")));
+    EXPECT_TRUE(lastText().contains(u"其私人文件夹已不在原处"_s));
     EXPECT_EQ(stored()->p_privateFolder(), folder);
     restart();
     program->login.setStartFolder(other);
     prompt.answers = {Prompt::Answer::Yes, Prompt::Answer::Yes};
     program->login.activate();
-    program->typeAndLogIn(QStringLiteral("wrong key"));
-    EXPECT_EQ(lastText(), QStringLiteral("登录密钥错误！是否再试一次？")) << "no blind test";
+    program->typeAndLogIn(u"wrong key"_s);
+    EXPECT_EQ(lastText(), u"登录密钥错误！是否再试一次？"_s) << "no blind test";
     ASSERT_TRUE(program->enter(key)) << lastText().toStdString();
     EXPECT_TRUE(program->resumed);
     EXPECT_EQ(program->logged(6), 1);
@@ -111,7 +111,7 @@ TEST_F(SessionTest, WrongKeysAreCountedExactlyUntilTheBan) {
     leaveAndRestart();
     Login* login = &program->login;
     login->activate();
-    EXPECT_EQ(login->state().chancesText, QStringLiteral("您有10次登录尝试机会"));
+    EXPECT_EQ(login->state().chancesText, u"您有10次登录尝试机会"_s);
     for (int used = 1; used <= 10; ++used) {
         // Another start reads what the last one has counted.
         restart();
@@ -119,12 +119,12 @@ TEST_F(SessionTest, WrongKeysAreCountedExactlyUntilTheBan) {
         login->activate();
         const int left = 11 - used;
         EXPECT_EQ(login->state().chancesText,
-                  QStringLiteral("您%1有%2次登录尝试机会")
-                      .arg(left <= 3 ? QStringLiteral("还") : QString(), QString::number(left)));
+                  u"您%1有%2次登录尝试机会"_s.arg(left <= 3 ? u"还"_s : QString(),
+                                                  QString::number(left)));
         EXPECT_EQ(login->state().chancesTone == LoginState::Tone::Warning, left <= 3);
         prompt.answers = {Prompt::Answer::Yes};
-        program->typeAndLogIn(QStringLiteral("wrong key"));
-        EXPECT_EQ(lastText(), QStringLiteral("登录密钥错误！是否再试一次？"));
+        program->typeAndLogIn(u"wrong key"_s);
+        EXPECT_EQ(lastText(), u"登录密钥错误！是否再试一次？"_s);
         EXPECT_FALSE(login->isClosed());
         ASSERT_EQ(stored()->p_usedTimes(), used);
         EXPECT_EQ(stored()->p_attackTime().isValid(), used == 10);
@@ -169,8 +169,8 @@ TEST_F(SessionTest, FailedAttemptsAreToldAndSettledByTheNextLogin) {
     leaveAndRestart();
     program->login.activate();
     prompt.answers = {Prompt::Answer::Yes, Prompt::Answer::No};
-    program->typeAndLogIn(QStringLiteral("wrong key"));
-    program->typeAndLogIn(QStringLiteral("wrong key"));
+    program->typeAndLogIn(u"wrong key"_s);
+    program->typeAndLogIn(u"wrong key"_s);
     EXPECT_TRUE(program->login.isClosed());
     EXPECT_EQ(program->login.m_result(), Result::End);
     EXPECT_EQ(stored()->p_usedTimes(), 2);
@@ -206,7 +206,7 @@ TEST_F(SessionTest, NoNearMissOfTheKeyPassesAndEachIsCounted) {
         prompt.answers = {Prompt::Answer::Yes};
         program->typeAndLogIn(miss);
         ASSERT_FALSE(program->login.isClosed()) << i << " passes: " << miss.toStdString();
-        ASSERT_EQ(prompt.takeTexts(), QStringList{QStringLiteral("登录密钥错误！是否再试一次？")});
+        ASSERT_EQ(prompt.takeTexts(), QStringList{u"登录密钥错误！是否再试一次？"_s});
     }
     EXPECT_EQ(stored()->p_usedTimes(), rounds);
     program->typeAndLogIn(key);
@@ -217,9 +217,9 @@ TEST_F(SessionTest, AKeyWithCharactersOutsideTheCodePageIsNotTheOneWithQuestionM
     leaveAndRestart();
     program->login.activate();
     const auto user = program->users.GetUser(name);
-    user->p_plainLgnKey(QStringLiteral("ab?123"));
-    EXPECT_TRUE(user->CheckLgnKey(QStringLiteral("ab?123")));
-    EXPECT_FALSE(user->CheckLgnKey(QStringLiteral("ab\u00f1123")));
+    user->p_plainLgnKey(u"ab?123"_s);
+    EXPECT_TRUE(user->CheckLgnKey(u"ab?123"_s));
+    EXPECT_FALSE(user->CheckLgnKey(u"ab\u00f1123"_s));
 }
 
 TEST_F(SessionTest, NobodyTriesOnWhereFailedAttemptsCannotBeCounted) {
@@ -227,9 +227,9 @@ TEST_F(SessionTest, NobodyTriesOnWhereFailedAttemptsCannotBeCounted) {
     program->login.activate();
     {
         const FileSizeLimit full(0);
-        program->typeAndLogIn(QStringLiteral("wrong key"));
+        program->typeAndLogIn(u"wrong key"_s);
     }
-    EXPECT_TRUE(lastText().contains(QStringLiteral("失败次数无法记录")));
+    EXPECT_TRUE(lastText().contains(u"失败次数无法记录"_s));
     EXPECT_TRUE(program->login.isClosed());
     EXPECT_EQ(program->login.m_result(), Result::End);
 }
@@ -249,7 +249,7 @@ TEST_F(SessionTest, ARememberedKeyAndAutoLoginNeedNoTyping) {
     program->system.user().p_autoLogin(false);
     leaveAndRestart();
     EXPECT_EQ(program->login.activate(), Login::Focus::RememberKey);
-    EXPECT_EQ(program->login.state().keyText, QStringLiteral("*"));
+    EXPECT_EQ(program->login.state().keyText, u"*"_s);
     EXPECT_FALSE(program->login.isClosed());
     program->login.setRemLgnKey(false);
     EXPECT_FALSE(program->login.state().autoLogin);
@@ -281,7 +281,7 @@ TEST_F(SessionTest, ADatabaseThatThisMachineHasNotSeenIsTestedByUnsealing) {
     for (const auto answer : {Prompt::Answer::No, Prompt::Answer::Yes}) {
         prompt.answers = {answer};
         program->typeAndLogIn(key);
-        EXPECT_TRUE(lastText().startsWith(QStringLiteral("本机没有登录过这个密码数据库")));
+        EXPECT_TRUE(lastText().startsWith(u"本机没有登录过这个密码数据库"_s));
         ASSERT_EQ(program->login.isClosed(), answer == Prompt::Answer::Yes);
     }
     // A test without a verdict leaves no key that the next one would take for remembered.
@@ -300,26 +300,25 @@ TEST_F(SessionTest, ADatabaseThatThisMachineHasNotSeenIsTestedByUnsealing) {
     EXPECT_TRUE(stored());
 
     restart();
-    program->login.setStartFolder(home.path(QStringLiteral("MORV - 无名")));
+    program->login.setStartFolder(home.path(u"MORV - 无名"_s));
     program->login.activate();
-    EXPECT_EQ(lastText(), QStringLiteral("用户【无名】不存在。"));
-    const QString stray = home.path(QStringLiteral("stray.kvdb"));
+    EXPECT_EQ(lastText(), u"用户【无名】不存在。"_s);
+    const QString stray = home.path(u"stray.kvdb"_s);
     prompt.paths = {stray};
     program->login.cmdOpen();
-    EXPECT_EQ(lastText(),
-              QStringLiteral("密码数据库未有正确处于前缀名为“MORV - ”的私人文件夹中，不能登录！"));
+    EXPECT_EQ(lastText(), u"密码数据库未有正确处于前缀名为“MORV - ”的私人文件夹中，不能登录！"_s);
     EXPECT_EQ(program->login.state().userNames, QStringList{name});
 }
 
 TEST_F(SessionTest, TheDatabaseIsCheckedBeforeTheKey) {
     leaveAndRestart();
     program->login.activate();
-    ASSERT_TRUE(QFile::rename(sealedFile, sealedFile + QStringLiteral("x")));
+    ASSERT_TRUE(QFile::rename(sealedFile, sealedFile + u"x"_s));
     program->typeAndLogIn(QString());
-    EXPECT_EQ(lastText(), QStringLiteral("密码数据库不存在！"));
-    ASSERT_TRUE(QFile::rename(sealedFile + QStringLiteral("x"), sealedFile));
+    EXPECT_EQ(lastText(), u"密码数据库不存在！"_s);
+    ASSERT_TRUE(QFile::rename(sealedFile + u"x"_s, sealedFile));
     program->typeAndLogIn(QString());
-    EXPECT_EQ(lastText(), QStringLiteral("您忘记输入密钥了！"));
+    EXPECT_EQ(lastText(), u"您忘记输入密钥了！"_s);
     EXPECT_EQ(stored()->p_usedTimes(), 0) << "none of these is an attempt";
 }
 
@@ -338,14 +337,13 @@ TEST_F(SessionTest, AUserIsRemovedAsAnswered) {
     prompt.answers = {Prompt::Answer::Cancel};
     program->login.cmdRemove();
     EXPECT_TRUE(stored() && QFileInfo::exists(sealedFile));
-    EXPECT_EQ(lastText(),
-              QStringLiteral("即将移除此用户。\r\n检测到私人文件夹存在，您需要连带删除它吗？"));
+    EXPECT_EQ(lastText(), u"即将移除此用户。\r\n检测到私人文件夹存在，您需要连带删除它吗？"_s);
     prompt.answers = {Prompt::Answer::No};
     program->login.cmdRemove();
     EXPECT_FALSE(stored());
     EXPECT_TRUE(QFileInfo::exists(sealedFile));
     EXPECT_FALSE(program->login.state().hasUser);
-    EXPECT_EQ(program->login.state().okCaption, QStringLiteral("新 建"));
+    EXPECT_EQ(program->login.state().okCaption, u"新 建"_s);
 
     restart();
     program->login.setStartFolder(folder);
@@ -367,7 +365,7 @@ TEST_F(SessionTest, AHiddenPathIsNotRevealedByTheRemoval) {
     program->login.cmdRemove();
     EXPECT_TRUE(stored());
     program->login.cmdRemove();
-    EXPECT_EQ(lastText(), QStringLiteral("您真的要移除此用户吗？"));
+    EXPECT_EQ(lastText(), u"您真的要移除此用户吗？"_s);
     EXPECT_FALSE(stored());
     EXPECT_TRUE(QFileInfo::exists(folder));
 }
@@ -387,7 +385,7 @@ TEST_F(SessionTest, TheWizardRefusesWhatCannotBecomeAUser) {
         EXPECT_TRUE(lastText().contains(QString::fromUtf8(message))) << text;
         EXPECT_EQ(wizard.state().page, 0);
     }
-    wizard.setUserName(QStringLiteral("ab"));
+    wizard.setUserName(u"ab"_s);
     wizard.cmdNext();
     for (const int length : {5, 31, 6, 30}) {
         wizard.setLoginKey(QString(length, u'k'));
@@ -399,9 +397,9 @@ TEST_F(SessionTest, TheWizardRefusesWhatCannotBecomeAUser) {
         }
     }
     prompt.boxes.clear();
-    wizard.setLoginKeyTip(QStringLiteral("a?"));
+    wizard.setLoginKeyTip(u"a?"_s);
     wizard.cmdNext();
-    EXPECT_TRUE(lastText().startsWith(QStringLiteral("提示文本不能包含下列任何字符：")));
+    EXPECT_TRUE(lastText().startsWith(u"提示文本不能包含下列任何字符："_s));
     wizard.setLoginKeyTip(QString());
     wizard.cmdNext();
     for (const int length : {5, 33, 0}) {
@@ -409,7 +407,7 @@ TEST_F(SessionTest, TheWizardRefusesWhatCannotBecomeAUser) {
         wizard.cmdNext();
         EXPECT_EQ(wizard.state().page, length == 0 ? 3 : 2) << length;
     }
-    EXPECT_TRUE(wizard.state().summary.startsWith(QStringLiteral("用户名：ab\r\n私人文件夹：")));
+    EXPECT_TRUE(wizard.state().summary.startsWith(u"用户名：ab\r\n私人文件夹："_s));
     // A folder of the name that has appeared meanwhile belongs to somebody else.
     prompt.boxes.clear();
     ASSERT_TRUE(QDir().mkpath(wizard.state().privateFolder));
@@ -421,15 +419,15 @@ TEST_F(SessionTest, TheWizardRefusesWhatCannotBecomeAUser) {
 
 TEST_F(SessionTest, AWizardThatFailsHalfwayLeavesNoTrace) {
     leaveAndRestart();
-    const QString newFolder = QFileInfo(folder).absolutePath() + QStringLiteral("/MORV - second");
-    const QDir state(program->folders.state + QStringLiteral("/morvane-keeper"));
+    const QString newFolder = QFileInfo(folder).absolutePath() + u"/MORV - second"_s;
+    const QDir state(program->folders.state + u"/morvane-keeper"_s);
     // A disk that is full after so many bytes: while the database is made, re-keyed, or sealed.
     int failures = 0;
     for (bool isBuilt = false; !isBuilt; failures += isBuilt ? 0 : 1) {
         ASSERT_LT(failures, 100);
         {
             const FileSizeLimit limit(static_cast<rlim_t>(failures) * 8192);
-            isBuilt = program->build(QStringLiteral("second"), key);
+            isBuilt = program->build(u"second"_s, key);
         }
         EXPECT_EQ(QFileInfo::exists(newFolder), isBuilt) << failures;
         EXPECT_EQ(state.entryList(QDir::Files).isEmpty(), !isBuilt) << failures;

@@ -82,7 +82,7 @@ struct Model {
 class SimulatedSessions : public SessionTest {
   protected:
     void SetUp() override {
-        machine.disk = QStringLiteral("DISK0");
+        machine.disk = u"DISK0"_s;
         SessionTest::SetUp();
     }
     int roll(int sides) { return std::uniform_int_distribution<int>(0, sides - 1)(dice); }
@@ -92,7 +92,7 @@ class SimulatedSessions : public SessionTest {
         today += kind < 17 ? roll(3) : (kind < 19 ? roll(120) : -roll(3));
         clock.set(QDateTime(start.addDays(today), QTime(12, 0)));
         machineNo = roll(3);
-        machine.disk = QStringLiteral("DISK%1").arg(machineNo);
+        machine.disk = u"DISK%1"_s.arg(machineNo);
         what = "session " + std::to_string(session) + " on day " + std::to_string(today);
         restart();
         prompt.boxes.clear();
@@ -117,7 +117,7 @@ class SimulatedSessions : public SessionTest {
         return text.mid(1, text.indexOf(u']') - 1).toInt();
     }
     void logInWithForgedHash() {
-        const QString other = QStringLiteral("another key");
+        const QString other = u"another key"_s;
         program->login.load();
         program->users.GetUser(name)->p_hashLgnKey(Cryptor2::hashString(other));
         program->login.activate();

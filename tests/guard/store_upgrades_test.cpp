@@ -4,14 +4,10 @@
 #include "guard/store_upgrades.h"
 
 #include "app/settings.h"
-#include "crypto/cryptor3.h"
 #include "guard/guard_fixture.h"
-#include "store/column_cipher.h"
 #include "store/companions.h"
-#include "store/cryptor_host_adapter.h"
 #include "store/entries.h"
-#include "store/store_context.h"
-#include "support/no_column_key.h"
+#include "support/store_ground.h"
 
 namespace keeper {
 namespace {
@@ -21,7 +17,7 @@ class StoreUpgradesTest : public GuardTest {
   protected:
     void SetUp() override {
         GuardTest::SetUp();
-        ASSERT_TRUE(settings.NewBuild(QStringLiteral("某人")));
+        ASSERT_TRUE(settings.NewBuild(u"某人"_s));
         settings.p_backupPeriod(true);
         settings.p_backupType(true);
         settings.p_deadCountType(false);
@@ -49,8 +45,7 @@ class StoreUpgradesTest : public GuardTest {
         return examine();
     }
     GuardVerdict examine() {
-        SWProtect program({database, clock, random, prompt, *osInfo, storeUpgrades},
-                          QStringLiteral("3.4.0"));
+        SWProtect program({database, clock, random, prompt, *osInfo, storeUpgrades}, u"3.4.0"_s);
         EXPECT_TRUE(program.ReadDB());
         return program.ExamineDBVersion();
     }
@@ -64,53 +59,45 @@ class StoreUpgradesTest : public GuardTest {
     Settings settings{database, prompt, clock};
 
   private:
-    FakeEventLoop m_eventLoop;
-    PromptCryptorHost m_host{prompt, m_eventLoop};
-    Cryptor3 m_cryptor{m_host};
-    NoColumnKey m_columnKey;
-    ColumnCipher m_columns{m_columnKey, m_cryptor};
-    StoreContext m_context{database, prompt, clock, m_columns};
-    Entries m_entries{m_context};
-    Prgs m_programs{m_context, m_entries};
+    StoreGround m_ground{database, prompt, clock};
+    Entries m_entries{m_ground.context};
+    Prgs m_programs{m_ground.context, m_entries};
 
   protected:
     StoreUpgrades storeUpgrades{m_entries, m_programs, settings};
 };
 
 TEST_F(StoreUpgradesTest, EachVersionRunsItsOwnMigration) {
-    addProgram(QStringLiteral("MORV - Programs/a.exe"));
-    EXPECT_TRUE(upgradeFrom(QStringLiteral("3.2.1")).ok);
-    EXPECT_EQ(location(), QStringLiteral("MORV_Programs/a.exe"));
-    EXPECT_TRUE(upgradeFrom(QStringLiteral("3.2.2")).ok);
-    EXPECT_EQ(location(), QStringLiteral("MORV_Programs(x86)/a.exe"));
+    addProgram(u"MORV - Programs/a.exe"_s);
+    EXPECT_TRUE(upgradeFrom(u"3.2.1"_s).ok);
+    EXPECT_EQ(location(), u"MORV_Programs/a.exe"_s);
+    EXPECT_TRUE(upgradeFrom(u"3.2.2"_s).ok);
+    EXPECT_EQ(location(), u"MORV_Programs(x86)/a.exe"_s);
     database.execute("update tb_Net set Location='MORV_Programs(x64)/a.exe'");
-    EXPECT_TRUE(upgradeFrom(QStringLiteral("3.2.6")).ok);
-    EXPECT_EQ(location(), QStringLiteral("MORV_Programs/a.exe"));
+    EXPECT_TRUE(upgradeFrom(u"3.2.6"_s).ok);
+    EXPECT_EQ(location(), u"MORV_Programs/a.exe"_s);
     EXPECT_FALSE(storedDeadCountType());
 }
 
 TEST_F(StoreUpgradesTest, SettingsAreTurnedOnceAndStoredWithTheStamp) {
-    EXPECT_EQ(upgradeFrom(QStringLiteral("3.2.5")).message,
-              QStringLiteral("您的数据库版本已升级为v3.2.6！"));
+    EXPECT_EQ(upgradeFrom(u"3.2.5"_s).message, u"您的数据库版本已升级为v3.2.6！"_s);
     EXPECT_TRUE(storedDeadCountType());
     EXPECT_FALSE(settings.p_backupPeriod());
-    EXPECT_EQ(field("02"), QStringLiteral("3.4.0"));
+    EXPECT_EQ(field("02"), u"3.4.0"_s);
     // The caller's own stamp never came: nothing is turned back.
     EXPECT_EQ(examine().message, QString());
     EXPECT_TRUE(storedDeadCountType());
 }
 
 TEST_F(StoreUpgradesTest, AStampThatFailsTakesTheMigrationBack) {
-    SWProtect older({database, clock, random, prompt, *osInfo, storeUpgrades},
-                    QStringLiteral("3.2.4"));
+    SWProtect older({database, clock, random, prompt, *osInfo, storeUpgrades}, u"3.2.4"_s);
     ASSERT_TRUE(older.ReadDB());
     ASSERT_TRUE(older.SetDBVersionAsApp());
-    database.execute(
-        "create trigger stop before update on tb_SWProtect begin select raise(abort, 'no'); end");
+    stopGuardWrites(database);
     const GuardVerdict verdict = examine();
     EXPECT_TRUE(verdict.ok);
     EXPECT_EQ(verdict.message, QString());
-    EXPECT_EQ(prompt.takeTexts().last(), QStringLiteral("升级数据库失败！"));
+    EXPECT_EQ(prompt.takeTexts().last(), u"升级数据库失败！"_s);
     EXPECT_FALSE(storedDeadCountType());
     EXPECT_FALSE(settings.p_deadCountType());
     EXPECT_TRUE(settings.p_backupPeriod());

@@ -14,18 +14,27 @@ TEST_F(GuardTest, AFailingFingerprintIsToldAndNeverCondemns) {
     ASSERT_TRUE(login(branch).ok);
     ASSERT_TRUE(guard->LockOntoBrch(true));
     FakeMachine dark(QString{});
-    const QStringList before = row();
+    const QStringList before = guardRow(database);
     const GuardVerdict verdict = login(dark);
     EXPECT_FALSE(verdict.ok);
     EXPECT_EQ(verdict.errorNumber, GuardVerdict::kUnexpected);
     EXPECT_FALSE(verdict.isCondemned());
-    EXPECT_EQ(row(), before);
+    EXPECT_EQ(guardRow(database), before);
+    QStringList told = prompt.takeTexts();
+    ASSERT_EQ(told.size(), 2);
+    EXPECT_EQ(told.at(0), u"[0]OSInfo.GetDiskSN:\r\nsource out of order"_s);
+    EXPECT_TRUE(told.at(1).startsWith(u"[0]cSWProtect.Initialize:\r\n"_s));
+
+    // The fingerprint is taken once, as whole as it can be had.
+    dark = FakeMachine(u"PLUGGED"_s);
     EXPECT_EQ(osInfo->p_biosSN(), dark.firmware);
+    EXPECT_EQ(osInfo->p_diskSN(), QString());
+    dark.firmware.clear();
+    dark.processor.clear();
     EXPECT_FALSE(osInfo->Initialize());
-    const QStringList told = prompt.takeTexts();
-    ASSERT_EQ(told.size(), 3);
-    EXPECT_EQ(told.at(0), QStringLiteral("[0]OSInfo.GetDiskSN:\r\nsource out of order"));
-    EXPECT_TRUE(told.at(1).startsWith(QStringLiteral("[0]cSWProtect.Initialize:\r\n")));
+    EXPECT_EQ(prompt.takeTexts(), QStringList({u"[0]OSInfo.GetBIOSSN:\r\nsource out of order"_s,
+                                               u"[0]OSInfo.GetCPUSN:\r\nsource out of order"_s}));
+    EXPECT_EQ(osInfo->p_biosSN(), QString());
 }
 
 TEST_F(GuardTest, ADatabaseThatCannotBeReadIsNotCondemned) {
@@ -33,9 +42,9 @@ TEST_F(GuardTest, ADatabaseThatCannotBeReadIsNotCondemned) {
     guard = on(origin);
     EXPECT_FALSE(guard->ReadDB());
     EXPECT_TRUE(guard->p_isUnreadable());
-    EXPECT_TRUE(prompt.takeTexts().value(0).contains(QStringLiteral("]cSWProtect.ReadDB:\r\n")));
+    EXPECT_TRUE(prompt.takeTexts().value(0).contains(u"]cSWProtect.ReadDB:\r\n"_s));
 
-    database.open(path, QStringLiteral("key"));
+    database.open(path, u"key"_s);
     EXPECT_TRUE(guard->ReadDB());
     database.execute("delete from tb_SWProtect");
     EXPECT_FALSE(guard->ReadDB());
@@ -51,21 +60,18 @@ TEST_F(GuardTest, AWriteThatFailsIsNoVerdictAndChangesNothing) {
     clock.advanceDays(3);
     guard = on(branch);
     ASSERT_TRUE(guard->ReadDB());
-    // A trigger stands for the full disk: every update of the row fails.
-    database.execute(
-        "create trigger stop before update on tb_SWProtect begin select raise(abort, 'no'); end");
-    const QStringList before = row();
+    stopGuardWrites(database);
+    const QStringList before = guardRow(database);
     const GuardVerdict verdict = guard->Initialize();
     EXPECT_FALSE(verdict.ok);
     EXPECT_EQ(verdict.errorNumber, GuardVerdict::kUnexpected);
     const QStringList told = prompt.takeTexts();
     ASSERT_EQ(told.size(), 1);
-    EXPECT_TRUE(told.at(0).contains(QStringLiteral("]cSWProtect.SetOriginDeadCount:\r\n")));
+    EXPECT_TRUE(told.at(0).contains(u"]cSWProtect.SetOriginDeadCount:\r\n"_s));
     EXPECT_FALSE(guard->LockOntoBrch(true));
     EXPECT_FALSE(guard->p_isBrchConfined());
-    EXPECT_TRUE(
-        prompt.takeTexts().value(0).contains(QStringLiteral("]cSWProtect.SetBrchHardwareTag:")));
-    EXPECT_EQ(row(), before);
+    EXPECT_TRUE(prompt.takeTexts().value(0).contains(u"]cSWProtect.SetBrchHardwareTag:"_s));
+    EXPECT_EQ(guardRow(database), before);
 
     database.execute("drop trigger stop");
     EXPECT_TRUE(guard->Initialize().ok);
@@ -75,22 +81,18 @@ TEST_F(GuardTest, AChangeOfSeveralStepsIsAllOrNothing) {
     ASSERT_TRUE(login(branch).ok);
     ASSERT_TRUE(guard->LockOntoBrch(true));
     ASSERT_TRUE(login(origin).ok);
-    const QStringList before = row();
+    const QStringList before = guardRow(database);
     // The third of the four steps fails.
-    database.execute(
-        "create trigger stop before update of [02] on tb_SWProtect begin select raise(abort, 'no');"
-        " end");
+    stopGuardWrites(database, "of [02]");
     EXPECT_FALSE(guard->SwitchMachine());
-    EXPECT_EQ(row(), before);
+    EXPECT_EQ(guardRow(database), before);
     EXPECT_FALSE(guard->p_isOnBranch());
     EXPECT_EQ(guard->p_branchTag().disk, branch.disk);
     EXPECT_EQ(prompt.takeTexts().size(), 1);
     database.execute("drop trigger stop");
     EXPECT_TRUE(login(origin).ok);
 
-    database.execute(
-        "create trigger stop before update of [03] on tb_SWProtect begin select raise(abort, 'no');"
-        " end");
+    stopGuardWrites(database, "of [03]");
     EXPECT_FALSE(guard->ManageBranchLogin(5, false));
     EXPECT_EQ(guard->deadCount(), 99);
     EXPECT_TRUE(guard->p_autoRenew());
@@ -106,7 +108,7 @@ TEST_F(GuardTest, MachinesExchangeTheirParts) {
     EXPECT_TRUE(guard->p_isOnBranch());
     EXPECT_EQ(field("16"), branch.disk);
     EXPECT_EQ(field("13"), origin.disk);
-    EXPECT_EQ(field("06"), QStringLiteral("32757"));
+    EXPECT_EQ(field("06"), u"32757"_s);
     EXPECT_EQ(field("01"), id);
 
     ASSERT_TRUE(login(branch).ok);
@@ -115,7 +117,7 @@ TEST_F(GuardTest, MachinesExchangeTheirParts) {
     ASSERT_TRUE(login(origin).ok);
     EXPECT_TRUE(guard->p_isOnBranch());
     EXPECT_TRUE(guard->ExamineDBVersion().ok);
-    FakeMachine third(QStringLiteral("THIRD"));
+    FakeMachine third(u"THIRD"_s);
     EXPECT_EQ(login(third).errorNumber, GuardVerdict::kWrongMachine);
 }
 
@@ -131,10 +133,7 @@ class VersionCheck : public GuardTest, public testing::WithParamInterface<Versio
 TEST_P(VersionCheck, FitsUpgradesOrRefuses) {
     const VersionCase& each = GetParam();
     const QString version = QString::fromLatin1(each.version);
-    guard = on(origin, version);
-    ASSERT_TRUE(guard->ReadDB());
-    ASSERT_TRUE(guard->SetDBVersionAsApp());
-    ASSERT_TRUE(login(origin).ok);
+    ASSERT_TRUE(loginStamped(version).ok);
     const GuardVerdict verdict = guard->ExamineDBVersion();
     EXPECT_EQ(verdict.ok, each.ok);
     EXPECT_EQ(upgrades.calls.join(QLatin1Char(';')), QLatin1String(each.upgrade));
@@ -142,18 +141,15 @@ TEST_P(VersionCheck, FitsUpgradesOrRefuses) {
     if (!each.ok) {
         EXPECT_EQ(verdict.errorNumber, GuardVerdict::kWrongVersion);
         EXPECT_EQ(verdict.message,
-                  QStringLiteral("您的数据库版本是v%1，与当前程序版本3.4.0不匹配，无法登录！")
-                      .arg(version));
+                  u"您的数据库版本是v%1，与当前程序版本3.4.0不匹配，无法登录！"_s.arg(version));
         EXPECT_FALSE(verdict.isCondemned());
         return;
     }
     const QString reached = QLatin1String(each.reached);
-    EXPECT_EQ(verdict.message, reached.isEmpty()
-                                   ? QString()
-                                   : QStringLiteral("您的数据库版本已升级为v%1！").arg(reached));
+    EXPECT_EQ(verdict.message,
+              reached.isEmpty() ? QString() : u"您的数据库版本已升级为v%1！"_s.arg(reached));
     // The stamp ends the upgrades.
-    EXPECT_TRUE(guard->SetDBVersionAsApp());
-    ASSERT_TRUE(login(origin).ok);
+    ASSERT_TRUE(loginStamped(u"3.4.0"_s).ok);
     const GuardVerdict again = guard->ExamineDBVersion();
     EXPECT_TRUE(again.ok);
     EXPECT_EQ(again.message, QString());
@@ -174,36 +170,28 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(GuardTest, AVersionWrittenByHandCondemns) {
     for (const char* forged : {"3.4.1", "3.4", "3.4.0.1", "3.4.256", "", "3.4.-0", "a.b.c"}) {
-        guard = on(origin);
-        ASSERT_TRUE(guard->ReadDB());
         ASSERT_TRUE(guard->SetDBVersionAsApp());
-        edit(QStringLiteral("[02]='%1'").arg(QLatin1String(forged)));
+        edit(u"[02]='%1'"_s.arg(QLatin1String(forged)));
         ASSERT_TRUE(login(origin).ok);
         const GuardVerdict verdict = guard->ExamineDBVersion();
         EXPECT_EQ(verdict.errorNumber, GuardVerdict::kTampered) << forged;
-        EXPECT_EQ(verdict.message, QStringLiteral("本密码数据库遭遇非法入侵，已被紧急销毁！"));
+        EXPECT_EQ(verdict.message, u"本密码数据库遭遇非法入侵，已被紧急销毁！"_s);
         EXPECT_FALSE(database.isOpen());
-        database.open(path, QStringLiteral("key"));
+        database.open(path, u"key"_s);
     }
     // Three parts are asked of a version that bears a good seal, too.
-    guard = on(origin, QStringLiteral("3.4.256"));
-    ASSERT_TRUE(guard->ReadDB());
-    ASSERT_TRUE(guard->SetDBVersionAsApp());
-    ASSERT_TRUE(login(origin).ok);
+    ASSERT_TRUE(loginStamped(u"3.4.256"_s).ok);
     EXPECT_EQ(guard->ExamineDBVersion().errorNumber, GuardVerdict::kTampered);
 }
 
 TEST_F(GuardTest, AFailedUpgradeIsToldAndLeavesTheVersion) {
-    guard = on(origin, QStringLiteral("3.2.4"));
-    ASSERT_TRUE(guard->ReadDB());
-    ASSERT_TRUE(guard->SetDBVersionAsApp());
-    ASSERT_TRUE(login(origin).ok);
+    ASSERT_TRUE(loginStamped(u"3.2.4"_s).ok);
     upgrades.result = false;
     const GuardVerdict verdict = guard->ExamineDBVersion();
     EXPECT_TRUE(verdict.ok);
     EXPECT_EQ(verdict.message, QString());
-    EXPECT_EQ(prompt.takeTexts(), QStringList(QStringLiteral("升级数据库失败！")));
-    EXPECT_EQ(field("02"), QStringLiteral("3.2.4"));
+    EXPECT_EQ(prompt.takeTexts(), QStringList(u"升级数据库失败！"_s));
+    EXPECT_EQ(field("02"), u"3.2.4"_s);
 }
 
 }  // namespace

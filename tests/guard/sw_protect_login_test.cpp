@@ -3,6 +3,7 @@
 
 #include <QRegularExpression>
 #include <QSet>
+#include <map>
 
 #include "crypto/cryptor2.h"
 #include "guard/guard_fixture.h"
@@ -11,19 +12,19 @@ namespace keeper {
 namespace {
 
 TEST_F(GuardTest, NewDatabaseIsSealedAndAcceptedOnItsOrigin) {
-    EXPECT_TRUE(QRegularExpression(QStringLiteral("^ZC[0-9]{6}$")).match(field("01")).hasMatch());
-    EXPECT_EQ(field("02"), QStringLiteral("3.4.0"));
-    EXPECT_EQ(field("04"), QStringLiteral("99"));
-    EXPECT_EQ(field("06"), QStringLiteral("32767"));
-    EXPECT_EQ(field("08").left(10), QStringLiteral("2026-08-27"));
-    EXPECT_EQ(field("13"), QStringLiteral("0000000000"));
+    EXPECT_TRUE(QRegularExpression(u"^ZC[0-9]{6}$"_s).match(field("01")).hasMatch());
+    EXPECT_EQ(field("02"), u"3.4.0"_s);
+    EXPECT_EQ(field("04"), u"99"_s);
+    EXPECT_EQ(field("06"), u"32767"_s);
+    EXPECT_EQ(field("08").left(10), u"2026-08-27"_s);
+    EXPECT_EQ(field("13"), u"0000000000"_s);
     const QString id = field("01");
 
     EXPECT_TRUE(login(origin).ok);
     EXPECT_FALSE(guard->p_isOnBranch());
     EXPECT_FALSE(guard->p_isBrchConfined());
     EXPECT_EQ(guard->deadCount(), 99);
-    EXPECT_EQ(guard->GetDBVersion(), QStringLiteral("v3.4.0"));
+    EXPECT_EQ(guard->GetDBVersion(), u"v3.4.0"_s);
 
     // The identity is made once.
     EXPECT_TRUE(guard->NewBuild());
@@ -31,133 +32,114 @@ TEST_F(GuardTest, NewDatabaseIsSealedAndAcceptedOnItsOrigin) {
     EXPECT_TRUE(prompt.boxes.empty());
 }
 
-TEST_F(GuardTest, ClockSetBackIsRefusedAndTouchesNothing) {
-    clock.advanceDays(10);
-    ASSERT_TRUE(login(branch).ok);
-    EXPECT_EQ(guard->deadCount(), 89);
-    EXPECT_EQ(field("06"), QStringLiteral("32757"));
-    const QStringList before = row();
+/// A login on a day after the birth of the database: its verdict, and the days left to branches.
+struct Visit {
+    int day;
+    FakeMachine& machine;
+    std::int32_t error;
+    int daysLeft;
+};
 
-    clock.advanceDays(-1);
-    for (FakeMachine* machine : {&origin, &branch}) {
-        const GuardVerdict verdict = login(*machine);
-        EXPECT_FALSE(verdict.ok);
-        EXPECT_EQ(verdict.errorNumber, GuardVerdict::kClockSetBack);
-        EXPECT_EQ(verdict.message,
-                  QStringLiteral("你所在计算机的日期时间异常，请勿提前操作系统的日期时间！"));
-        EXPECT_FALSE(verdict.isCondemned());
+class VisitTest : public GuardTest {
+  protected:
+    void visit(std::initializer_list<Visit> visits) {
+        const std::map<std::int32_t, QString> texts{
+            {0, {}},
+            {GuardVerdict::kExpired,
+             u"本数据库在分机的有效期已过，不能再使用！请到原新建机器登录以更新有效期。"_s},
+            {GuardVerdict::kClockSetBack,
+             u"你所在计算机的日期时间异常，请勿提前操作系统的日期时间！"_s},
+            {GuardVerdict::kWrongMachine, u"本数据库不在其所限定的计算机中使用，已被紧急销毁！"_s}};
+        for (const Visit& each : visits) {
+            SCOPED_TRACE(each.day);
+            clock.set(start.addDays(each.day).startOfDay());
+            const GuardVerdict verdict = login(each.machine);
+            EXPECT_EQ(verdict.errorNumber, each.error);
+            EXPECT_EQ(verdict.ok, each.error == 0);
+            EXPECT_EQ(verdict.isCondemned(), each.error == GuardVerdict::kWrongMachine);
+            EXPECT_EQ(verdict.message, texts.at(each.error));
+            EXPECT_EQ(guard->deadCount(), each.daysLeft);
+            if (verdict.ok) {
+                EXPECT_EQ(guard->p_isOnBranch(), &each.machine != &origin);
+            }
+        }
     }
-    EXPECT_EQ(row(), before);
 
+    FakeMachine third{u"THIRD"_s};
+};
+
+TEST_F(VisitTest, ClockSetBackIsRefusedAndTouchesNothing) {
+    visit({{10, branch, 0, 89}});
+    EXPECT_EQ(field("06"), u"32757"_s);
+    const QStringList before = guardRow(database);
+    visit({{9, origin, GuardVerdict::kClockSetBack, 89},
+           {9, branch, GuardVerdict::kClockSetBack, 89}});
+    EXPECT_EQ(guardRow(database), before);
     // The same day again is fine; forward and back is not, since the count has gone down.
-    clock.advanceDays(1);
-    EXPECT_TRUE(login(branch).ok);
-    clock.advanceDays(400);
-    EXPECT_TRUE(login(origin).ok);
-    clock.advanceDays(-400);
-    EXPECT_EQ(login(origin).errorNumber, GuardVerdict::kClockSetBack);
+    visit(
+        {{10, branch, 0, 89}, {410, origin, 0, 99}, {10, origin, GuardVerdict::kClockSetBack, 99}});
 }
 
-TEST_F(GuardTest, BranchLifetimeRunsDownToItsEndAndTheOriginRenewsIt) {
-    setDay(start.addDays(98));
-    ASSERT_TRUE(login(branch).ok);
-    EXPECT_TRUE(guard->p_isOnBranch());
-    EXPECT_EQ(guard->deadCount(), 1);
-
-    setDay(start.addDays(99));
-    const GuardVerdict verdict = login(branch);
-    EXPECT_FALSE(verdict.ok);
-    EXPECT_EQ(verdict.errorNumber, GuardVerdict::kExpired);
-    EXPECT_EQ(
-        verdict.message,
-        QStringLiteral("本数据库在分机的有效期已过，不能再使用！请到原新建机器登录以更新有效期。"));
-    EXPECT_FALSE(verdict.isCondemned());
-    EXPECT_EQ(field("05"), QStringLiteral("0"));
-    EXPECT_EQ(login(branch).errorNumber, GuardVerdict::kExpired);
-    setDay(start.addDays(300));
-    EXPECT_EQ(login(branch).errorNumber, GuardVerdict::kExpired);
-
-    ASSERT_TRUE(login(origin).ok);
-    EXPECT_EQ(guard->deadCount(), 99);
-    EXPECT_TRUE(login(branch).ok);
+TEST_F(VisitTest, BranchLifetimeRunsDownToItsEndAndTheOriginRenewsIt) {
+    visit({{98, branch, 0, 1},
+           {99, branch, GuardVerdict::kExpired, 0},
+           {99, branch, GuardVerdict::kExpired, 0},
+           {300, branch, GuardVerdict::kExpired, 0},
+           {300, origin, 0, 99},
+           {300, branch, 0, 99}});
 }
 
-TEST_F(GuardTest, WithoutAutoRenewTheLifetimeRunsDownOnTheOriginToo) {
-    ASSERT_TRUE(login(origin).ok);
+TEST_F(VisitTest, WithoutAutoRenewTheLifetimeRunsDownOnTheOriginToo) {
+    visit({{0, origin, 0, 99}});
     ASSERT_TRUE(guard->ManageBranchLogin(7, false));
-    EXPECT_EQ(field("04"), QStringLiteral("7"));
-    setDay(start.addDays(5));
-    ASSERT_TRUE(login(origin).ok);
-    EXPECT_EQ(guard->deadCount(), 2);
-    setDay(start.addDays(9));
-    ASSERT_TRUE(login(origin).ok);
-    EXPECT_EQ(guard->deadCount(), 0);
-    EXPECT_EQ(login(branch).errorNumber, GuardVerdict::kExpired);
+    EXPECT_EQ(field("04"), u"7"_s);
+    visit({{5, origin, 0, 2},
+           {9, origin, 0, 0},
+           {9, branch, GuardVerdict::kExpired, 0},
+           {9, origin, 0, 0}});
     // Only the user brings it back.
-    ASSERT_TRUE(login(origin).ok);
     ASSERT_TRUE(guard->ManageBranchLogin(3, true));
-    EXPECT_TRUE(login(branch).ok);
-    EXPECT_EQ(guard->deadCount(), 3);
+    visit({{9, branch, 0, 3}});
 }
 
-TEST_F(GuardTest, OriginCountEndsAtZeroAndNeverBlocksTheOrigin) {
-    setDay(start.addDays(32767));
-    EXPECT_TRUE(login(origin).ok);
-    EXPECT_EQ(field("06"), QStringLiteral("0"));
-    setDay(start.addDays(40000));
-    EXPECT_TRUE(login(origin).ok);
-    EXPECT_TRUE(login(origin).ok);
+TEST_F(VisitTest, OriginCountEndsAtZeroAndNeverBlocksTheOrigin) {
+    visit({{32767, origin, 0, 99}});
+    EXPECT_EQ(field("06"), u"0"_s);
+    visit({{40000, origin, 0, 99}, {40000, origin, 0, 99}});
 }
 
-TEST_F(GuardTest, ConfinedDatabaseLivesOnItsTwoMachinesOnly) {
-    ASSERT_TRUE(login(branch).ok);
+TEST_F(VisitTest, ConfinedDatabaseLivesOnItsTwoMachinesOnly) {
+    visit({{0, branch, 0, 99}});
     ASSERT_TRUE(guard->LockOntoBrch(true));
     EXPECT_TRUE(guard->p_isBrchConfined());
     EXPECT_FALSE(guard->p_areOrgBrchSame());
-
-    // No expiry, and the lifetime is left alone.
-    setDay(start.addDays(500));
-    const QString lifetime = field("05") + field("08") + field("17");
-    ASSERT_TRUE(login(branch).ok);
-    EXPECT_EQ(field("05") + field("08") + field("17"), lifetime);
-    EXPECT_TRUE(login(origin).ok);
-
-    FakeMachine third(QStringLiteral("THIRD"));
-    const GuardVerdict verdict = login(third);
-    EXPECT_EQ(verdict.errorNumber, GuardVerdict::kWrongMachine);
-    EXPECT_EQ(verdict.message,
-              QStringLiteral("本数据库不在其所限定的计算机中使用，已被紧急销毁！"));
-    EXPECT_TRUE(verdict.isCondemned());
-    // A clock set back is met before the machine is judged.
-    setDay(start.addDays(499));
-    EXPECT_EQ(login(third).errorNumber, GuardVerdict::kClockSetBack);
-
-    setDay(start.addDays(500));
-    ASSERT_TRUE(login(branch).ok);
+    // No expiry, and the lifetime is left alone. A clock set back is met before the machine.
+    visit({{500, branch, 0, 99},
+           {500, origin, 0, 99},
+           {500, third, GuardVerdict::kWrongMachine, 99},
+           {499, third, GuardVerdict::kClockSetBack, 99},
+           {500, branch, 0, 99}});
     ASSERT_TRUE(guard->LockOntoBrch(false));
     EXPECT_FALSE(guard->p_isBrchConfined());
-    EXPECT_EQ(field("12"), QStringLiteral("0000000000"));
-
-    ASSERT_TRUE(login(origin).ok);
-    EXPECT_TRUE(login(third).ok);
-    ASSERT_TRUE(login(origin).ok);
+    EXPECT_EQ(field("12"), u"0000000000"_s);
+    visit({{500, origin, 0, 99}, {500, third, 0, 99}, {500, origin, 0, 99}});
     ASSERT_TRUE(guard->LockOntoBrch(true));
     EXPECT_TRUE(guard->p_areOrgBrchSame());
-    EXPECT_EQ(login(branch).errorNumber, GuardVerdict::kWrongMachine);
+    visit({{500, branch, GuardVerdict::kWrongMachine, 99}});
 }
 
 TEST_F(GuardTest, EachPartOfTheFingerprintTellsMachinesApart) {
     FakeMachine firmware;
-    firmware.firmware = QStringLiteral("LENOVO,20XX,10");
+    firmware.firmware = u"LENOVO,20XX,10"_s;
     FakeMachine processor;
-    processor.processor = QStringLiteral("BFEBFBFF000906EB");
-    FakeMachine shorter(QStringLiteral("S4EVNX0R12345"));
+    processor.processor = u"BFEBFBFF000906EB"_s;
+    FakeMachine shorter(u"S4EVNX0R12345"_s);
     for (FakeMachine* machine : {&firmware, &processor, &shorter, &branch}) {
         EXPECT_TRUE(login(*machine).ok);
         EXPECT_TRUE(guard->p_isOnBranch());
     }
     FakeMachine twin;
-    twin.name = QStringLiteral("RENAMED");
+    twin.name = u"RENAMED"_s;
     EXPECT_TRUE(login(twin).ok);
     EXPECT_FALSE(guard->p_isOnBranch());
 }
@@ -181,8 +163,8 @@ TEST_P(HandEdit, IsJudgedByTheSealThatItBreaks) {
     EXPECT_EQ(verdict.errorNumber, edited.error);
     EXPECT_EQ(verdict.ok, edited.error == 0);
     if (edited.error == GuardVerdict::kTampered) {
-        EXPECT_EQ(verdict.message, QStringLiteral("本密码数据库遭遇非法入侵，已被紧急销毁！") +
-                                       QLatin1String(edited.detail));
+        EXPECT_EQ(verdict.message,
+                  u"本密码数据库遭遇非法入侵，已被紧急销毁！"_s + QLatin1String(edited.detail));
     }
     EXPECT_TRUE(prompt.boxes.empty());
 }
@@ -215,23 +197,23 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& each) { return std::string(each.param.name); });
 
 TEST_F(GuardTest, LifetimeWrittenByHandNeverExceedsTheGreatest) {
-    edit(QStringLiteral("[04]=30000"));
+    edit(u"[04]=30000"_s);
     ASSERT_TRUE(login(origin).ok);
     EXPECT_EQ(guard->deadCount(), 99);
     ASSERT_TRUE(guard->ManageBranchLogin(50, false));
-    edit(QStringLiteral("[05]=5000, [08]='2031-01-01T00:00:00'"));
+    edit(u"[05]=5000, [08]='2031-01-01T00:00:00'"_s);
     ASSERT_TRUE(login(origin).ok);
     EXPECT_EQ(guard->deadCount(), 99);
     EXPECT_FALSE(guard->SetBranchDeadCount(100));
     EXPECT_FALSE(guard->ManageBranchLogin(-1, true));
     EXPECT_EQ(prompt.takeTexts().size(), 2);
-    EXPECT_EQ(field("05"), QStringLiteral("99"));
-    EXPECT_EQ(field("03"), QStringLiteral("0"));
+    EXPECT_EQ(field("05"), u"99"_s);
+    EXPECT_EQ(field("03"), u"0"_s);
 }
 
 TEST_F(GuardTest, ABareDigestUnderAnEmptyPasswordIsNoSeal) {
     SealMaker seals(random);
-    const QString text = QStringLiteral("value");
+    const QString text = u"value"_s;
     const Seal genuine = seals.make(text, 7);
     EXPECT_TRUE(seals.holds(genuine, text, 7));
     EXPECT_FALSE(seals.holds(genuine, text, 8));

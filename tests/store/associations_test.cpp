@@ -144,7 +144,7 @@ TEST_F(AssociationsTest, ListsNamesAndTotals) {
     EXPECT_EQ(names, QStringList({u"O'Neil"_s, kCustomName}));
     EXPECT_EQ(m_assNums.DisplayNames(names), 3);
 
-    m_key.isOn = true;
+    m_ground.key.isOn = true;
     ASSERT_TRUE(m_assPwds.Add(passwordNamed(u"sealed"_s)));
     EXPECT_EQ(m_assPwds.Search(u"sealed"_s).m_Content, u"旧pass"_s);
     std::vector<AssPwdTotal> rows;
@@ -155,7 +155,8 @@ TEST_F(AssociationsTest, ListsNamesAndTotals) {
     }
     EXPECT_EQ(totals, u"O'Neil=3;other=0;sealed=0;自定义=1;"_s);
     EXPECT_FALSE(rows.at(1).row.m_Effective);
-    EXPECT_EQ(rows.at(2).row.m_Content, m_cryptor.EncryptString(u"旧pass"_s, m_key.key));
+    EXPECT_EQ(rows.at(2).row.m_Content,
+              m_ground.cryptor.EncryptString(u"旧pass"_s, m_ground.key.key));
     std::vector<AssNumTotal> numbers;
     ASSERT_EQ(m_assNums.DisplayAll(numbers), 3);
     EXPECT_EQ(numbers.at(1).Total, 3);

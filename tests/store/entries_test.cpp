@@ -184,15 +184,15 @@ TEST_F(EntriesTest, ListsForTreeAndRecentUpdatesHaveAnOrder) {
 }
 
 TEST_F(EntriesTest, EnciphersSecretsAtTheBoundary) {
-    m_key.isOn = true;
+    m_ground.key.isOn = true;
     ASSERT_TRUE(m_webs.Add(webAt(u"010503"_s)));
-    EXPECT_EQ(column("customPwd"), m_cryptor.EncryptString(u"密码p1"_s, m_key.key));
-    EXPECT_EQ(net("customNum"), m_cryptor.EncryptString(u"账号n1"_s, m_key.key));
+    EXPECT_EQ(column("customPwd"), m_ground.cryptor.EncryptString(u"密码p1"_s, m_ground.key.key));
+    EXPECT_EQ(net("customNum"), m_ground.cryptor.EncryptString(u"账号n1"_s, m_ground.key.key));
     const Web read = m_webs.Search(u"010503"_s);
     EXPECT_EQ(read.m_customPwd, u"密码p1"_s);
     EXPECT_EQ(read.m_customNum, u"账号n1"_s);
 
-    m_key.key.clear();
+    m_ground.key.key.clear();
     EXPECT_FALSE(m_webs.Add(webAt(u"010504"_s)));
     EXPECT_TRUE(onlyMessage().startsWith(u"[5]Entries.Add:\r\n"_s));
     EXPECT_EQ(count(u"tb_Entry"_s), 1);
@@ -202,26 +202,28 @@ TEST_F(EntriesTest, EveryTextHasOneCellThatReadsBack) {
     constexpr std::array kUnits{u'a',  u'0',      u'é',      u'č',     u'密',
                                 u'\0', u'\xF781', u'\xF740', u'\xFFFF'};
     std::mt19937 draw(1);
-    m_key.isOn = true;
+    m_ground.key.isOn = true;
     for (int i = 0; i < 4000; ++i) {
         // Keys of every block; texts within the page, beyond it, and halves of pairs.
-        m_key.key = QString(1 + i % 40, QChar(u'a' + i % 26));
+        m_ground.key.key = QString(1 + i % 40, QChar(u'a' + i % 26));
         QString plain;
         const bool isAny = draw() % 2 == 0;
         for (auto left = 1 + draw() % 40; left > 0; --left) {
             plain += isAny ? QChar(static_cast<char16_t>(draw()))
                            : QChar(kUnits.at(draw() % kUnits.size()));
         }
-        const QString cell = m_cipher.toColumn(plain);
-        ASSERT_EQ(m_cipher.toPlain(cell), plain) << "draw " << i;
-        const QString text = m_cryptor.EncryptString(plain, m_key.key);
-        const bool isText = m_cryptor.DecryptString(text, m_key.key) == plain;
+        const QString cell = m_ground.columns.toColumn(plain);
+        ASSERT_EQ(m_ground.columns.toPlain(cell), plain) << "draw " << i;
+        const QString text = m_ground.cryptor.EncryptString(plain, m_ground.key.key);
+        const bool isText = m_ground.cryptor.DecryptString(text, m_ground.key.key) == plain;
         ASSERT_EQ(cell == text, isText) << "draw " << i;
-        ASSERT_EQ(m_cryptor.DecryptString(cell, m_key.key), isText ? plain : QString());
+        ASSERT_EQ(m_ground.cryptor.DecryptString(cell, m_ground.key.key),
+                  isText ? plain : QString());
     }
     // Only from outside: more units than there are bytes, and bytes behind the units.
     for (const QString& bytes : {u"\0\xF7FF\xF7FF\xF7FF\xF7FFx"_s, u"\0\0\0\0\1\0xx"_s}) {
-        EXPECT_EQ(m_cipher.toPlain(m_cryptor.EncryptString(bytes, m_key.key)), QString());
+        EXPECT_EQ(m_ground.columns.toPlain(m_ground.cryptor.EncryptString(bytes, m_ground.key.key)),
+                  QString());
     }
 }
 

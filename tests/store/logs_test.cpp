@@ -109,7 +109,7 @@ TEST_F(LogsTest, TellsTheLastStayByTheLastExit) {
 }
 
 TEST_F(LogsTest, EntryLogShowsPasswordsOnlyWithTheirBinding) {
-    m_key.isOn = true;
+    m_ground.key.isOn = true;
     logPassword(u"010503"_s, m_clock.now().addDays(-2), EntLog::kCreateEntry);
     logPassword(u"010503"_s, m_clock.now(), EntLog::kModifyPassword);
     logPassword(u"010504"_s, m_clock.now().addSecs(1), EntLog::kModifyPassword);

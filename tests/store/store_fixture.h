@@ -8,34 +8,16 @@
 
 #include <QTemporaryDir>
 
-#include "crypto/cryptor3.h"
 #include "platform/database.h"
-#include "store/column_cipher.h"
 #include "store/companions.h"
 #include "store/directories.h"
 #include "store/entries.h"
 #include "store/schema.h"
-#include "store/store_context.h"
 #include "support/fake_ports.h"
 #include "support/scripted_prompt.h"
+#include "support/store_ground.h"
 
 namespace keeper {
-
-class FakeColumnKey final : public ColumnKey {
-  public:
-    bool isOn = false;
-    QString key = QStringLiteral("独立密码1");
-    [[nodiscard]] bool p_idpPwdSwitch() const override { return isOn; }
-    [[nodiscard]] QString p_plainIdpPwd() const override { return key; }
-};
-
-class SilentCryptorHost final : public CryptorHost {
-  public:
-    void showMessage(Severity /*severity*/, const QString& text) override {
-        ADD_FAILURE() << text.toStdString();
-    }
-    void turnEventLoop() override {}
-};
 
 /// A new database in a real file, without its example entry.
 class StoreTest : public testing::Test {
@@ -103,11 +85,8 @@ class StoreTest : public testing::Test {
     FakeClock m_clock;
     ScriptedPrompt m_prompt;
     Database m_database{{.keyRounds = 10}};
-    FakeColumnKey m_key;
-    SilentCryptorHost m_host;
-    Cryptor3 m_cryptor{m_host};
-    ColumnCipher m_cipher{m_key, m_cryptor};
-    StoreContext m_context{m_database, m_prompt, m_clock, m_cipher};
+    StoreGround m_ground{m_database, m_prompt, m_clock};
+    StoreContext& m_context = m_ground.context;
     Directories m_directories{m_context};
     Entries m_entries{m_context};
     Webs m_webs{m_context, m_entries};

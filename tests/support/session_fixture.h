@@ -34,10 +34,12 @@
 
 namespace keeper {
 
+using namespace Qt::StringLiterals;
+
 /// One start of the program without its windows, over real files in the home of the environment.
 struct SessionProgram {
     SessionProgram(FakeClock& clockOfTest, ScriptedPrompt& promptOfTest, FakeMachine& machineOfTest,
-                   QString versionOfTest = QStringLiteral("3.4.0"))
+                   QString versionOfTest = u"3.4.0"_s)
         : clock(clockOfTest),
           prompt(promptOfTest),
           machine(machineOfTest),
@@ -57,7 +59,7 @@ struct SessionProgram {
         wizard.setUserName(name);
         wizard.cmdNext();
         wizard.setLoginKey(key);
-        wizard.setLoginKeyTip(QStringLiteral("提示"));
+        wizard.setLoginKeyTip(u"提示"_s);
         for (int page = 1; page < 4; ++page) {
             wizard.cmdNext();
         }
@@ -98,7 +100,7 @@ struct SessionProgram {
     UserFolders folders = UserFolders::ofSystem();
     FakeEventLoop loop;
     SystemRandom random;
-    XdgAutostart autostart{folders, QStringLiteral("/usr/bin/morvane-keeper")};
+    XdgAutostart autostart{folders, u"/usr/bin/morvane-keeper"_s};
     PromptCryptorHost host{prompt, loop};
     RegistryStore registryStore{folders.registry(), clock};
     Regedit regedit{registryStore, folders};
@@ -107,13 +109,8 @@ struct SessionProgram {
     System system{connection, prompt, clock};
     Cryptor3 cipher{host};
     RecordingDisplay display;
-    SealedDatabase sealed{system,
-                          cipher,
-                          connection,
-                          prompt,
-                          random,
-                          display,
-                          folders.state + QStringLiteral("/morvane-keeper")};
+    SealedDatabase sealed{
+        system, cipher, connection, prompt, random, display, folders.state + u"/morvane-keeper"_s};
     FileOperator files{folders, clock, prompt, system};
     Destruction destruction{folders, users, prompt};
     SessionColumnKey columnKey{system};
@@ -145,13 +142,11 @@ struct SessionProgram {
     bool isEditing = false;
     bool hasTray = true;
     SessionEnd end{{prompt, clock, system, sealed, logs, files,
-                    [this] { return events << QStringLiteral("hide"), hasTray; },
+                    [this] { return events << u"hide"_s, hasTray; },
                     [this](const QString&, const QString& text) { events << text; },
-                    [this] { return isEditing; }, [this] { events << QStringLiteral("fill"); },
-                    [this] { events << QStringLiteral("clipboard"); },
-                    [this] { events << QStringLiteral("unlock"); },
-                    [this] { events << QStringLiteral("time"); },
-                    [this] { events << QStringLiteral("tray"); }}};
+                    [this] { return isEditing; }, [this] { events << u"fill"_s; },
+                    [this] { events << u"clipboard"_s; }, [this] { events << u"unlock"_s; },
+                    [this] { events << u"time"_s; }, [this] { events << u"tray"_s; }}};
     bool resumed = false;
 };
 
@@ -188,8 +183,8 @@ class SessionTest : public testing::Test {
     FakeClock clock;
     ScriptedPrompt prompt;
     FakeMachine machine;
-    const QString name = QStringLiteral("王小明");
-    const QString key = QStringLiteral("Ключ-café12");
+    const QString name = u"王小明"_s;
+    const QString key = u"Ключ-café12"_s;
     QString folder;
     QString sealedFile;
     std::unique_ptr<SessionProgram> program;

@@ -25,6 +25,8 @@
 
 namespace keeper {
 
+using namespace Qt::StringLiterals;
+
 class FakeKeyHolder final : public KeyHolder {
   public:
     QString plain = QStringLiteral("登录key-123");

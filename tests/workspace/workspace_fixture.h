@@ -3,18 +3,11 @@
 
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <QFile>
 #include <deque>
 #include <vector>
 
-#include "crypto/cryptor3.h"
-#include "store/column_cipher.h"
-#include "store/schema.h"
-#include "support/fake_cryptor_host.h"
-#include "support/fake_ports.h"
-#include "support/scripted_prompt.h"
+#include "store/store_fixture.h"
 #include "support/temp_home.h"
 #include "workspace/directory_commands.h"
 #include "workspace/edit_pane.h"
@@ -26,12 +19,6 @@
 namespace keeper {
 
 using namespace Qt::StringLiterals;
-
-class PlainColumns final : public ColumnKey {
-  public:
-    [[nodiscard]] bool p_idpPwdSwitch() const override { return false; }
-    [[nodiscard]] QString p_plainIdpPwd() const override { return {}; }
-};
 
 class TestOwner final : public PrivateFolderOwner {
   public:
@@ -98,23 +85,15 @@ class RecordingNeighbours final : public FillMonitorPort,
     }
 };
 
-/// The main window's logic over a new database in a real file, without the example entry.
-class WorkspaceTest : public testing::Test {
+/// The main window's logic over the data classes.
+class WorkspaceTest : public StoreTest {
   protected:
     void SetUp() override {
-        m_database.create(m_home.path(u"a.db"_s), u"key"_s);
-        // Nothing here looks at what a power cut would leave.
-        m_database.execute("PRAGMA synchronous=OFF");
-        createSchema(m_database, m_clock.now());
-        m_database.execute("delete from tb_Entry");
+        StoreTest::SetUp();
         m_settings.p_recentUpdateAmount(10);
         m_settings.p_mainSizeType(1);
         addDirectory(u"0101"_s, u"邮箱"_s);
         addDirectory(u"0301"_s, u"文档"_s);
-    }
-    void TearDown() override {
-        EXPECT_TRUE(m_prompt.boxes.empty()) << m_prompt.boxes.front().text.toStdString();
-        EXPECT_EQ(m_database.checkIntegrity(), QString());
     }
 
     /// The first column of all rows.
@@ -134,12 +113,6 @@ class WorkspaceTest : public testing::Test {
             u"from tb_SysLog order by rowid"_s);
         m_database.execute("delete from tb_SysLog");
         return rows;
-    }
-    void addDirectory(const QString& dirPath, const QString& title) {
-        Directory directory;
-        directory.p_dirPath(dirPath);
-        directory.m_Title = title;
-        ASSERT_TRUE(m_directories.Add(directory));
     }
     void addWeb(const QString& number, const QString& title, const QString& password = {}) {
         Web web;
@@ -179,19 +152,6 @@ class WorkspaceTest : public testing::Test {
     }
 
     TempHome m_home;
-    FakeClock m_clock;
-    ScriptedPrompt m_prompt;
-    Database m_database{{.keyRounds = 10}};
-    PlainColumns m_columns;
-    FakeCryptorHost m_host;
-    Cryptor3 m_cryptor{m_host};
-    ColumnCipher m_cipher{m_columns, m_cryptor};
-    StoreContext m_context{m_database, m_prompt, m_clock, m_cipher};
-    Directories m_directories{m_context};
-    Entries m_entries{m_context};
-    Webs m_webs{m_context, m_entries};
-    Prgs m_prgs{m_context, m_entries};
-    Fils m_fils{m_context, m_entries};
     EntLogs m_entLogs{m_context};
     SysLogs m_sysLogs{m_context};
     AssPwds m_assPwds{m_context, m_entLogs};
