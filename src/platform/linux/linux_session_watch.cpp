@@ -60,6 +60,14 @@ void LinuxSessionWatch::start() {
         connect(
             application, &QGuiApplication::commitDataRequest, this,
             [this] { tellEnding(Ending::Logout); }, Qt::DirectConnection);
+        // Whether it starts with the desktop is the person's own choice, and once is enough.
+        const auto stayAway = [](QSessionManager& manager) {
+            manager.setRestartHint(QSessionManager::RestartNever);
+        };
+        connect(application, &QGuiApplication::commitDataRequest, this, stayAway,
+                Qt::DirectConnection);
+        connect(application, &QGuiApplication::saveStateRequest, this, stayAway,
+                Qt::DirectConnection);
     }
     if (!m_bus) {
         m_bus = std::make_unique<QDBusConnection>(QDBusConnection::systemBus());
