@@ -3,17 +3,11 @@
 
 #include "store/sealed_database.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <cmath>
 #include <utility>
 
-#include "crypto/code_page.h"
-#include "crypto/cryptor2.h"
 #include "crypto/cryptor3.h"
 #include "crypto/secure_wipe.h"
 #include "platform/database.h"
@@ -21,45 +15,15 @@
 #include "platform/prompt.h"
 #include "store/failure.h"
 #include "store/key_holder.h"
-#include "store/schema.h"
 #include "store/sealed_file.h"
+#include "store/working_copy_files.h"
 
 namespace keeper {
 namespace {
 
-/// SHA-1 of the empty text.
-const QString kEmptyDigest = QStringLiteral("DA39A3EE5E6B4B0D3255BFEF95601890AFD80709");
 /// People know this number for everything that says "no database under this password, or busy".
 constexpr std::int32_t kUnspecified = -2147467259;
 constexpr std::int32_t kConnectFailed = static_cast<std::int32_t>(0x80040001U);
-const QString kWorkingSuffix = QStringLiteral(".tmp");
-const QString kFreshSuffix = QStringLiteral(".fresh");
-const QString kCompactingSuffix = QStringLiteral(".compacting");
-
-QString journalOf(const QString& path) {
-    return path + QStringLiteral("-journal");
-}
-
-/// The part of a working copy's name that the copies of one session share; every change of the key
-/// makes a new one.
-QString familyOf(const QString& path) {
-    const QString name = QFileInfo(path).fileName().chopped(kWorkingSuffix.size());
-    return name.section(u'-', 0, 0);
-}
-
-/// Removes the file; false when it is still there.
-bool isGone(const QString& path) {
-    return QFile::remove(path) || !QFileInfo::exists(path);
-}
-
-/// Not valid when another process, or another session of this one, has the mark.
-UniqueFd lockedMark(const QString& path) {
-    UniqueFd mark(::open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC));
-    if (mark.isValid() && ::flock(mark.get(), LOCK_EX | LOCK_NB) == 0) {
-        return mark;
-    }
-    return UniqueFd();
-}
 
 /// Runs `operation`; what it throws becomes the message of a failed connection.
 template <typename Operation>
@@ -134,201 +98,6 @@ SealedDatabase::SealedDatabase(KeyHolder& keys, Cryptor3& cipher, Database& data
 
 QString SealedDatabase::p_kvdbFile() const {
     return m_keys.p_kvdbFile();
-}
-
-QString SealedDatabase::GetCryptLgnKey(bool scheme, const QString& key) const {
-    return m_chain.GetCryptLgnKey(scheme, key);
-}
-
-QString SealedDatabase::GetAccessDBSec(bool scheme, const QString& key) {
-    return KeyChain::GetAccessDBSec(scheme, key);
-}
-
-QString SealedDatabase::TransformDBPwd(const QString& text) {
-    return KeyChain::TransformDBPwd(text);
-}
-
-bool SealedDatabase::setAccessDBSec(
-    bool scheme, const QString& newKey, bool initial,
-    const std::function<void(const QString&, const QString&)>& change) {
-    return guardedRun(m_prompt, QStringLiteral("cSystem.SetAccessDBSec"), [&] {
-        QString current = initial ? QString() : m_keys.p_plainLgnKey();
-        const WipeGuard wipeCurrent(current);
-        QString oldPassword = GetAccessDBSec(scheme, current);
-        const WipeGuard wipeOld(oldPassword);
-        QString newPassword = TransformDBPwd(KeyChain::HashToDBPwd(false, newKey));
-        const WipeGuard wipeNew(newPassword);
-        change(oldPassword, newPassword);
-    });
-}
-
-bool SealedDatabase::InitLgnKey(const QString& key) {
-    return setAccessDBSec(false, key, true,
-                          [this](const QString& oldPassword, const QString& newPassword) {
-                              rekeyFile(oldPassword, newPassword);
-                          });
-}
-
-bool SealedDatabase::SetLgnKey(bool scheme, const QString& key) {
-    return setAccessDBSec(scheme, key, false,
-                          [&](const QString& oldPassword, const QString& newPassword) {
-                              if (m_freshMark.isValid()) {
-                                  rekeyInPlace(oldPassword, newPassword, key);
-                              } else {
-                                  moveToNewKey(oldPassword, newPassword, key);
-                              }
-                          });
-}
-
-void SealedDatabase::rekeyFile(const QString& oldPassword, const QString& newPassword) {
-    m_database.rekey(oldPassword, newPassword, m_tmpFile + kCompactingSuffix);
-    flushFolderOf(m_tmpFile);
-}
-
-/// For a working copy that no record names yet: a crash leaves nothing that anybody looks for.
-void SealedDatabase::rekeyInPlace(const QString& oldPassword, const QString& newPassword,
-                                  const QString& key) {
-    rekeyFile(oldPassword, newPassword);
-    try {
-        m_keys.p_plainLgnKey(key);
-    } catch (...) {
-        // A session under a key that its database does not have would lock its user out.
-        rekeyFile(newPassword, oldPassword);
-        throw;
-    }
-}
-
-void SealedDatabase::moveToNewKey(const QString& oldPassword, const QString& newPassword,
-                                  const QString& key) {
-    const QString former = m_tmpFile;
-    const bool wasOpen = m_database.isOpen();
-    QString copy;
-    bool isDurable = false;
-    try {
-        copy = makeFreshFile(QFileInfo(former).absolutePath(), familyOf(former) + u'-',
-                             kWorkingSuffix, m_random);
-        QFile::remove(copy);
-        m_database.exportTo(copy, newPassword);
-        flushFolderOf(copy);
-        m_database.close();
-        m_database.open(copy, newPassword);
-        isDurable = m_keys.takeLgnKey(key, former, copy);
-    } catch (...) {
-        if (m_database.isOpen() && m_database.path() != former) {
-            m_database.close();
-        }
-        QFile::remove(copy);
-        if (wasOpen && !m_database.isOpen()) {
-            m_database.open(former, oldPassword);
-        }
-        throw;
-    }
-    m_tmpFile = copy;
-    if (isDurable) {
-        QFile::remove(former);
-    }
-}
-
-/// A key change that was cut short leaves two working copies of one session; the user's record told
-/// which of them counts, and that one is open now.
-void SealedDatabase::removeRelatives() {
-    const QFileInfo mine(m_tmpFile);
-    if (!m_tmpFile.endsWith(kWorkingSuffix)) {
-        return;
-    }
-    const QString family = familyOf(m_tmpFile);
-    const QDir folder = mine.dir();
-    for (const QString& name :
-         folder.entryList({family + u'*' + kWorkingSuffix}, QDir::Files | QDir::Hidden)) {
-        if (name != mine.fileName() && familyOf(name) == family &&
-            isGone(journalOf(folder.filePath(name)))) {
-            QFile::remove(folder.filePath(name));
-        }
-    }
-}
-
-bool SealedDatabase::CheckLgnKey(const QString& key) const {
-    return isInCodePage(key) && Cryptor2::hashString(key) == m_keys.p_hashLgnKey();
-}
-
-bool SealedDatabase::CheckIdpPwd(const QString& key) const {
-    return isInCodePage(key) && Cryptor2::hashString(key) == m_keys.p_idpPwdHashCode();
-}
-
-bool SealedDatabase::IsIdpPwdNull() const {
-    return m_keys.p_idpPwdHashCode() == kEmptyDigest;
-}
-
-void SealedDatabase::startWorkingCopy(Origin origin) {
-    ensurePrivateFolder(m_stateFolder);
-    removeAbandonedCopies();
-    // The mark comes first: a kill in between leaves no copy that nobody would take away.
-    QString mark;
-    do {
-        mark = makeFreshFile(m_stateFolder, QString(), kWorkingSuffix + kFreshSuffix, m_random);
-        m_freshMark = lockedMark(mark);
-        // Another program may clear it away before it is locked.
-    } while (!m_freshMark.isValid() || !QFileInfo::exists(mark));
-    m_tmpFile = mark.chopped(kFreshSuffix.size());
-    createPrivateFile(m_tmpFile);
-    m_origin = origin;
-    m_wasConnected = false;
-}
-
-void SealedDatabase::removeAbandonedCopies() {
-    removeLeftovers(m_stateFolder, QString(), kCompactingSuffix);
-    removeLeftovers(m_stateFolder, QString(), kDispatchingSuffix);
-    const QDir folder(m_stateFolder);
-    const QStringList marks =
-        folder.entryList({u'*' + kWorkingSuffix + kFreshSuffix}, QDir::Files | QDir::Hidden);
-    for (const QString& name : marks) {
-        const QString mark = folder.filePath(name);
-        const QString copy = mark.chopped(kFreshSuffix.size());
-        if (lockedMark(mark).isValid() && !Database::isHeldElsewhere(copy) && isGone(copy) &&
-            isGone(journalOf(copy))) {
-            QFile::remove(mark);
-        }
-    }
-}
-
-bool SealedDatabase::removeWorkingCopy() {
-    removeRelatives();
-    removeLeftovers(m_stateFolder, QString(), kCompactingSuffix);
-    if (!isGone(m_tmpFile) || !isGone(journalOf(m_tmpFile))) {
-        return false;
-    }
-    m_origin = Origin::None;
-    m_wasConnected = false;
-    KeepWorkingCopy();
-    return true;
-}
-
-void SealedDatabase::KeepWorkingCopy() {
-    if (!m_tmpFile.isEmpty()) {
-        QFile::remove(m_tmpFile + kFreshSuffix);
-    }
-    m_freshMark = UniqueFd();
-}
-
-bool SealedDatabase::CreateWorkingCopy(const QDateTime& now) {
-    m_trouble = Trouble::System;
-    const bool made = guardedRun(m_prompt, QStringLiteral("cSystem.CreateUser"), [&] {
-        m_database.close();
-        startWorkingCopy(Origin::New);
-        QFile::remove(m_tmpFile);
-        try {
-            m_database.create(m_tmpFile, GetAccessDBSec(false, QString()));
-            createSchema(m_database, now);
-            m_database.close();
-        } catch (...) {
-            DiscardWorkingCopy();
-            throw;
-        }
-    });
-    if (made) {
-        m_trouble = Trouble::None;
-    }
-    return made;
 }
 
 bool SealedDatabase::CryptKVDB(bool scheme, int mode, bool closeDialog, const QString& target) {
@@ -545,18 +314,6 @@ bool SealedDatabase::CompactDB(bool scheme) {
 
 bool SealedDatabase::HoldSealedFile() {
     return m_hold.take(p_kvdbFile());
-}
-
-void SealedDatabase::GetResumeTempFile(const QString& path) {
-    m_tmpFile = path;
-    KeepWorkingCopy();
-    m_origin = Origin::Resumed;
-    m_wasConnected = false;
-}
-
-bool SealedDatabase::DiscardWorkingCopy() {
-    m_database.close();
-    return m_tmpFile.isEmpty() || (!Database::isHeldElsewhere(m_tmpFile) && removeWorkingCopy());
 }
 
 }  // namespace keeper
