@@ -261,6 +261,7 @@ bool User::takeLgnKey(const QString& key, const QString& formerCopy, const QStri
     p_plainLgnKey(key);
     m_key.formerHash = sealedHash == m_key.hash ? QString() : sealedHash;
     m_record.activeFile = copy;
+    m_isCopyGivenUp = false;
     if (otherRecord.activeFile != formerCopy || WriteRegistry()) {
         return true;
     }
@@ -296,6 +297,7 @@ void User::p_activeFile(const QString& value) {
     if (value != m_record.activeFile) {
         m_record.activeFile = value;
         m_key.formerHash.clear();
+        m_isCopyGivenUp = false;
     }
 }
 
@@ -320,6 +322,7 @@ void User::Clear() {
     m_record.autoLogin = false;
     m_key.hash.clear();
     m_key.formerHash.clear();
+    m_isCopyGivenUp = false;
     m_key.partA.clear();
     m_key.partB.clear();
 }
