@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/database.h"
+#include "store/entries.h"
 #include "store/failure.h"
 #include "store/numbering.h"
 
@@ -104,13 +105,26 @@ bool Directories::Delete(const QString& dirPath) {
 }
 
 void Directories::Clear(const QString& parentDir) {
-    guardedRun(m_context.prompt, QStringLiteral("Directories.Clear"), [&] {
-        // A big class is its own parent and must survive its clearing.
-        Statement(m_context.database,
-                  "delete from tb_Directory where parentDir = ?1 and dirPath <> ?1")
-            .bind(1, parentDir)
-            .run();
+    guardedRun(m_context.prompt, QStringLiteral("Directories.Clear"),
+               [&] { deleteBelow(parentDir); });
+}
+
+bool Directories::ClearAll(const QString& parentDir, Entries& entries) {
+    QString current = QStringLiteral("Directories.Clear");
+    return guardedRun(m_context.prompt, current, [&] {
+        Transaction transaction(m_context.database);
+        deleteBelow(parentDir);
+        current = QStringLiteral("Entries.DeleteLike");
+        entries.deleteRowsLike(parentDir);
+        transaction.commit();
     });
+}
+
+void Directories::deleteBelow(const QString& parentDir) {
+    // A big class is its own parent and must survive its clearing.
+    Statement(m_context.database, "delete from tb_Directory where parentDir = ?1 and dirPath <> ?1")
+        .bind(1, parentDir)
+        .run();
 }
 
 bool Directories::MoveTo(const QString& oldPath, const QString& newPath) {

@@ -10,6 +10,8 @@
 
 namespace keeper {
 
+class Entries;
+
 /// One row of tb_Directory.
 class Directory {
   public:
@@ -44,6 +46,9 @@ class Directories {
     /// Deletes the subdirectories of `parentDir` and all below them. The entries directly in it are
     /// left to Entries.DeleteLike.
     void Clear(const QString& parentDir);
+    /// Clear() and Entries.DeleteLike in one transaction. Shows a failure under the name of the one
+    /// that failed; nothing is deleted then.
+    bool ClearAll(const QString& parentDir, Entries& entries);
     /// Gives a directory a new number. Its whole subtree follows in the same transaction: each
     /// subdirectory keeps its tail behind the new head, entries and companion rows follow their
     /// directory. True when a row changed.
@@ -54,6 +59,8 @@ class Directories {
     bool MoveTo(const QString& oldPath, const QString& newPath);
 
   private:
+    void deleteBelow(const QString& parentDir);
+
     StoreContext m_context;
 };
 

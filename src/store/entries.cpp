@@ -134,11 +134,12 @@ bool Entries::SetBookmark(const QString& number, bool isMarked) {
 }
 
 void Entries::DeleteLike(const QString& dirPath) {
-    guardedRun(m_context.prompt, QStringLiteral("Entries.DeleteLike"), [&] {
-        Statement(m_context.database, "delete from tb_Entry where dirPath = ?")
-            .bind(1, dirPath)
-            .run();
-    });
+    guardedRun(m_context.prompt, QStringLiteral("Entries.DeleteLike"),
+               [&] { deleteRowsLike(dirPath); });
+}
+
+void Entries::deleteRowsLike(const QString& dirPath) {
+    Statement(m_context.database, "delete from tb_Entry where dirPath = ?").bind(1, dirPath).run();
 }
 
 bool Entries::SetEffective(const QString& number, bool isEffective) {

@@ -59,13 +59,17 @@ class Entries {
     bool SetBookmark(const QString& number, bool isMarked);
     /// Deletes the entries directly in the directory, and none deeper.
     void DeleteLike(const QString& dirPath);
+    /// DeleteLike() inside a transaction of the caller, who shows what it throws after the
+    /// rollback.
+    void deleteRowsLike(const QString& dirPath);
     /// Discarding an entry also cancels its reminder; activating does not bring that back.
     bool SetEffective(const QString& number, bool isEffective);
     /// Renumbers an entry and leaves everything else, the time of the last change included. True
     /// also when there is no such entry. A move between user files and the other big classes is
     /// refused, since the companion row would be out of reach.
     bool MoveTo(const QString& oldNo, const QString& newNo);
-    /// The last changed entries as list-box lines, newest first, equal times in order of number.
+    /// The last changed entries as list-box lines, newest first, of equal times the last
+    /// added first.
     int GetRecentUpdates(QStringList& lines, int amount);
     /// Migrates the marker of program folders in tb_Net: step 0 or 1 from the oldest form, step 2
     /// to the x86 form. Any other step has nothing to do.

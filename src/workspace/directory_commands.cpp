@@ -164,27 +164,6 @@ void DirectoryCommands::mn_dirDelete() {
     m_lists.show();
 }
 
-bool DirectoryCommands::isStoredUnder(const QString& number, ItemId directory) const {
-    const auto& services = m_workspace.services;
-    std::vector<Directory> rows;
-    services.directories.Display(rows);
-    const bool hasDirectory = std::any_of(rows.begin(), rows.end(), [&](const Directory& row) {
-        return row.p_dirPath() != number && row.p_parantDir() == number;
-    });
-    if (hasDirectory) {
-        return true;
-    }
-    const ItemTree& tree = m_workspace.tvwDirectory.tree();
-    const ItemId last = tree.child(directory, tree.childCount(directory) - 1);
-    if (tree.isDirectory(last)) {
-        return false;
-    }
-    const QString entry = tree.number(last);
-    return !(GetItemKeyType(entry) == 2 ? services.fils.Search(entry).p_No()
-                                        : services.webs.Search(entry).p_No())
-                .isEmpty();
-}
-
 void DirectoryCommands::mn_dirClear() {
     guardedRun(m_workspace.services.prompt, QStringLiteral("frmMain.mn_dirClear"), [this] {
         const QString number = selectedDirectory();
@@ -209,11 +188,7 @@ void DirectoryCommands::mn_dirClear() {
                                        Prompt::Buttons::YesNo) != Prompt::Answer::Yes) {
             return;
         }
-        services.directories.Clear(number);
-        services.entries.DeleteLike(number);
-        if (isStoredUnder(number, id)) {
-            // Neither of the two tells whether it failed; what is left must stay in sight.
-            m_sheets.RefreshSheets();
+        if (!services.directories.ClearAll(number, services.entries)) {
             return;
         }
         m_lists.dropLinesUnder(id);

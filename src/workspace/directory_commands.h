@@ -34,7 +34,6 @@ class DirectoryCommands {
   private:
     [[nodiscard]] QString selectedDirectory() const;
     [[nodiscard]] bool isTooLong(const QString& title, const QString& what) const;
-    [[nodiscard]] bool isStoredUnder(const QString& number, ItemId directory) const;
     void leaveNodes(const QString& number);
 
     Workspace& m_workspace;

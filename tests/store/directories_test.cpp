@@ -82,6 +82,13 @@ TEST_F(DirectoriesTest, ClearingABigClassKeepsTheClassAndItsOwnEntries) {
     ASSERT_TRUE(addDirectory(u"010201"_s));
     ASSERT_TRUE(m_webs.Add(webAt(u"01020105"_s)));
     ASSERT_TRUE(m_webs.Add(webAt(u"0105"_s)));
+    const QStringList before = paths();
+    m_database.execute(
+        "create trigger stop before delete on tb_Entry when old.entNo = '05' and old.dirPath = '01'"
+        " begin select raise(abort, 'no'); end");
+    EXPECT_FALSE(m_directories.ClearAll(u"01"_s, m_entries));
+    EXPECT_TRUE(onlyMessage().contains(u"]Entries.DeleteLike:\r\n"_s));
+    EXPECT_EQ(paths(), before) << "all or nothing";
     m_directories.Clear(u"01"_s);
     EXPECT_EQ(paths(), QStringList({u"01"_s, u"02"_s, u"03"_s}));
     EXPECT_EQ(value(u"select group_concat(dirPath || entNo) from tb_Net"_s), u"0105"_s);
