@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "store/ent_logs.h"
 #include "workspace/directory_commands.h"
 #include "workspace/edit_pane.h"
 #include "workspace/entry_disposal.h"

@@ -7,6 +7,7 @@
 
 #include "platform/database.h"
 #include "store/column_cipher.h"
+#include "store/ent_logs.h"
 #include "store/failure.h"
 #include "store/numbering.h"
 #include "store/schema.h"
@@ -32,12 +33,12 @@ void readEntry(const Statement& statement, const ColumnCipher& cipher, Entry& en
     entry.m_modPwdDays = static_cast<std::int16_t>(statement.integer(12));
 }
 
-/// Common half and companion in one transaction: `writeCommon` tells whether there is an entry to
-/// go on with, and both throw on failure. A failure is shown when the transaction is gone, under
-/// the name of the half that failed.
+/// Common half, companion and history in one transaction: `writeCommon` tells whether there is an
+/// entry to go on with, and both throw on failure. A failure is shown when the transaction is gone,
+/// under the name of the half that failed.
 template <typename WriteCommon, typename WriteCompanion>
 bool writeBoth(const StoreContext& context, const QString& where, const QString& whereCommon,
-               WriteCommon&& writeCommon, WriteCompanion&& writeCompanion) {
+               const EntLog* history, WriteCommon&& writeCommon, WriteCompanion&& writeCompanion) {
     QString current = where;
     return guardedRun(context.prompt, current, [&] {
         Transaction transaction(context.database);
@@ -46,6 +47,10 @@ bool writeBoth(const StoreContext& context, const QString& where, const QString&
         current = where;
         if (isThere) {
             writeCompanion();
+            if (history != nullptr) {
+                current = QStringLiteral("EntLogs.Add");
+                EntLogs(context).insertRow(*history);
+            }
             transaction.commit();
         }
     });
@@ -53,21 +58,24 @@ bool writeBoth(const StoreContext& context, const QString& where, const QString&
 
 template <typename Object, typename WriteCompanion>
 bool addBoth(const StoreContext& context, Entries& entries, const QString& where,
-             const Object& object, WriteCompanion&& writeCompanion) {
+             const Object& object, const EntLog* history, WriteCompanion&& writeCompanion) {
     const auto writeCommon = [&] {
         entries.insertRow(object);
         return true;
     };
-    return writeBoth(context, where, QStringLiteral("Entries.Add"), writeCommon, writeCompanion);
+    return writeBoth(context, where, QStringLiteral("Entries.Add"), history, writeCommon,
+                     writeCompanion);
 }
 
 template <typename Object, typename WriteCompanion>
 bool modifyBoth(const StoreContext& context, Entries& entries, const QString& where,
-                const QString& oldNo, const Object& object, WriteCompanion&& writeCompanion) {
+                const QString& oldNo, const Object& object, const EntLog* history,
+                WriteCompanion&& writeCompanion) {
     // Without such an entry the new number may belong to another one, whose companion is not to be
     // touched.
     const auto writeCommon = [&] { return entries.updateRow(oldNo, object); };
-    return writeBoth(context, where, QStringLiteral("Entries.Modify"), writeCommon, writeCompanion);
+    return writeBoth(context, where, QStringLiteral("Entries.Modify"), history, writeCommon,
+                     writeCompanion);
 }
 
 }  // namespace
@@ -76,12 +84,13 @@ QString NetEntries::where(const char* operation) const {
     return m_name + QLatin1Char('.') + QLatin1String(operation);
 }
 
-bool NetEntries::Add(const NetEntry& object) {
-    return addBoth(m_context, m_entries, where("Add"), object, [&] { writeCompanion(object); });
+bool NetEntries::Add(const NetEntry& object, const EntLog* history) {
+    return addBoth(m_context, m_entries, where("Add"), object, history,
+                   [&] { writeCompanion(object); });
 }
 
-bool NetEntries::Modify(const QString& oldNo, const NetEntry& object) {
-    return modifyBoth(m_context, m_entries, where("Modify"), oldNo, object,
+bool NetEntries::Modify(const QString& oldNo, const NetEntry& object, const EntLog* history) {
+    return modifyBoth(m_context, m_entries, where("Modify"), oldNo, object, history,
                       [&] { writeCompanion(object); });
 }
 
@@ -112,10 +121,12 @@ void NetEntries::search(const QString& number, NetEntry& object) {
         if (!statement.step()) {
             return;
         }
-        readEntry(statement, m_context.cipher, object);
-        object.m_numName = statement.text(13);
-        object.m_customNum = m_context.cipher.toPlain(statement.text(14));
-        object.m_Address = statement.text(15);
+        NetEntry found;
+        readEntry(statement, m_context.cipher, found);
+        found.m_numName = statement.text(13);
+        found.m_customNum = m_context.cipher.toPlain(statement.text(14));
+        found.m_Address = statement.text(15);
+        object = std::move(found);
     });
 }
 
@@ -138,13 +149,13 @@ bool Prgs::UpgradeData() {
     });
 }
 
-bool Fils::Add(const Fil& object) {
-    return addBoth(m_context, m_entries, QStringLiteral("Fils.Add"), object,
+bool Fils::Add(const Fil& object, const EntLog* history) {
+    return addBoth(m_context, m_entries, QStringLiteral("Fils.Add"), object, history,
                    [&] { writeCompanion(object); });
 }
 
-bool Fils::Modify(const QString& oldNo, const Fil& object) {
-    return modifyBoth(m_context, m_entries, QStringLiteral("Fils.Modify"), oldNo, object,
+bool Fils::Modify(const QString& oldNo, const Fil& object, const EntLog* history) {
+    return modifyBoth(m_context, m_entries, QStringLiteral("Fils.Modify"), oldNo, object, history,
                       [&] { writeCompanion(object); });
 }
 
@@ -175,10 +186,12 @@ Fil Fils::Search(const QString& number) {
         if (!statement.step()) {
             return;
         }
-        readEntry(statement, m_context.cipher, object);
-        object.m_filePath = statement.text(13);
-        object.m_hashCode = statement.text(14);
-        object.m_Encrypted = statement.flag(15);
+        Fil found;
+        readEntry(statement, m_context.cipher, found);
+        found.m_filePath = statement.text(13);
+        found.m_hashCode = statement.text(14);
+        found.m_Encrypted = statement.flag(15);
+        object = std::move(found);
     });
     return object;
 }

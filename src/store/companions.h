@@ -11,9 +11,12 @@
 
 namespace keeper {
 
+class EntLog;
+
 // The services of the three kinds. Each writes the common half through Entries and its own row
-// beside it, both in one transaction: either both are there or none. Failures of the common half
-// are shown as those of Entries, failures of the companion as "[number]Class.Operation:".
+// beside it, and the row of the history that goes with it when one is given, all in one
+// transaction: either all are there or none. Failures of the common half are shown as those of
+// Entries, of the history as those of EntLogs, of the companion as "[number]Class.Operation:".
 
 /// Network objects and applications share tb_Net and differ in the name that failures carry.
 class NetEntries {
@@ -22,9 +25,9 @@ class NetEntries {
     NetEntries(const StoreContext& context, Entries& entries, QString name)
         : m_context(context), m_entries(entries), m_name(std::move(name)) {}
 
-    bool Add(const NetEntry& object);
+    bool Add(const NetEntry& object, const EntLog* history = nullptr);
     /// True, and nothing written, when there is no entry `oldNo`.
-    bool Modify(const QString& oldNo, const NetEntry& object);
+    bool Modify(const QString& oldNo, const NetEntry& object, const EntLog* history = nullptr);
 
   protected:
     /// Fills `object`; leaves it empty when there is no such entry.
@@ -62,8 +65,8 @@ class Fils {
   public:
     Fils(const StoreContext& context, Entries& entries) : m_context(context), m_entries(entries) {}
 
-    bool Add(const Fil& object);
-    bool Modify(const QString& oldNo, const Fil& object);
+    bool Add(const Fil& object, const EntLog* history = nullptr);
+    bool Modify(const QString& oldNo, const Fil& object, const EntLog* history = nullptr);
     [[nodiscard]] Fil Search(const QString& number);
     /// Paths that begin with the private folder of the old user name take the new name, at every
     /// place in the path. Exact case; no character of a name is a pattern.

@@ -14,6 +14,7 @@
 
 namespace keeper {
 
+class EntLog;
 class Random;
 
 /// The detail pane: a reader in browse, an editor in modify and add. Owns the state that a widget
@@ -131,8 +132,8 @@ class EditPane {
     void closePane();
     void walkToNextFree(const QString& number);
     void walkToNextUsed(const QString& oldNo);
-    [[nodiscard]] bool addObject();
-    [[nodiscard]] bool modifyObject(const QString& oldNo);
+    [[nodiscard]] bool addObject(const EntLog& history);
+    [[nodiscard]] bool modifyObject(const QString& oldNo, const EntLog* history);
     void buildCommon(Entry& entry, bool isNew) const;
     void buildNet(NetEntry& net, bool isNew) const;
 

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: Morvane Keeper contributors
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "store/ent_logs.h"
 #include "store/failure.h"
 #include "store/numbering.h"
 #include "store/schema.h"
@@ -87,42 +88,41 @@ Fil EditPane::BuildFil(bool isNew) const {
     return fil;
 }
 
-bool EditPane::addObject() {
+bool EditPane::addObject(const EntLog& history) {
     const auto& services = m_workspace.services;
     switch (GetItemKeyType(m_state.txtNo)) {
         case 1:
-            return services.prgs.Add(BuildPrg(/*isNew=*/true));
+            return services.prgs.Add(BuildPrg(/*isNew=*/true), &history);
         case 2:
-            return services.fils.Add(BuildFil(/*isNew=*/true));
+            return services.fils.Add(BuildFil(/*isNew=*/true), &history);
         default:
-            return services.webs.Add(BuildWeb(/*isNew=*/true));
+            return services.webs.Add(BuildWeb(/*isNew=*/true), &history);
     }
 }
 
-bool EditPane::modifyObject(const QString& oldNo) {
+bool EditPane::modifyObject(const QString& oldNo, const EntLog* history) {
     const auto& services = m_workspace.services;
     switch (GetItemKeyType(oldNo)) {
         case 1:
-            return services.prgs.Modify(oldNo, BuildPrg(/*isNew=*/false));
+            return services.prgs.Modify(oldNo, BuildPrg(/*isNew=*/false), history);
         case 2:
-            return services.fils.Modify(oldNo, BuildFil(/*isNew=*/false));
+            return services.fils.Modify(oldNo, BuildFil(/*isNew=*/false), history);
         default:
-            return services.webs.Modify(oldNo, BuildWeb(/*isNew=*/false));
+            return services.webs.Modify(oldNo, BuildWeb(/*isNew=*/false), history);
     }
 }
 
 void EditPane::saveNew() {
     const auto& services = m_workspace.services;
     const QString number = m_state.txtNo;
-    if (!addObject()) {
+    EntLog history;
+    history.SetEntry(number, EntLog::kCreateEntry, services.clock.now());
+    if (!addObject(history)) {
         m_workspace.tell(QStringLiteral("添加条目失败！"));
         return;
     }
     m_workspace.log(kEntryAdded, {number, m_state.txtTitle});
     m_lists.ItemAdd(number, m_state.txtTitle);
-    EntLog log;
-    log.SetEntry(number, EntLog::kCreateEntry, services.clock.now());
-    services.entLogs.Add(log);
     services.beeper.MessageBeep(Beeper::Sound::Done);
     if (m_workspace.m_isSingle) {
         closePane();
@@ -156,19 +156,15 @@ void EditPane::saveChange() {
     const ShownEntry& before = *m_workspace.m_entry;
     const QString oldNo = before.common.p_No();
     const QString number = m_state.txtNo;
-    const bool pwdChanged = isPasswordChanged();
-    if (!modifyObject(oldNo)) {
+    EntLog history;
+    history.SetEntry(number, EntLog::kModifyPassword, services.clock.now());
+    history.SetOrgPwd(before.common.m_pwdName, before.password);
+    if (!modifyObject(oldNo, isPasswordChanged() ? &history : nullptr)) {
         m_workspace.tell(QStringLiteral("修改条目失败！"));
         return;
     }
     m_workspace.log(kEntryModified, {number, m_state.txtTitle});
     m_lists.ItemModify(oldNo, number, m_state.txtTitle);
-    if (pwdChanged) {
-        EntLog log;
-        log.SetEntry(number, EntLog::kModifyPassword, services.clock.now());
-        log.SetOrgPwd(before.common.m_pwdName, before.password);
-        services.entLogs.Add(log);
-    }
     services.beeper.MessageBeep(Beeper::Sound::Done);
     if (m_workspace.m_isSingle) {
         closePane();

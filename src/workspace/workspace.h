@@ -14,7 +14,6 @@
 #include "store/ass_pwds.h"
 #include "store/companions.h"
 #include "store/directories.h"
-#include "store/ent_logs.h"
 #include "store/entries.h"
 #include "store/sys_logs.h"
 #include "workspace/item_list_model.h"
@@ -37,7 +36,6 @@ struct WorkspaceServices {
     AssPwds& assPwds;
     AssNums& assNums;
     SysLogs& sysLogs;
-    EntLogs& entLogs;
     AuthorityGate& gate;
     FillMonitorPort& monitor;
     DigestPort& digest;

@@ -267,6 +267,12 @@ TEST_F(EditPaneTest, aChangedPasswordGoesToTheHistoryAndAKeptOneDoesNot) {
     EXPECT_EQ(m_prompt.takeTexts().last(), u"修改条目失败！") << "there is no such directory";
     EXPECT_EQ(state(), 1);
     m_pane.editField(PaneField::No, u"0207"_s);
+    m_database.execute(
+        "create trigger full before insert on tb_EntLog begin select raise(abort, 'full'); end");
+    m_pane.mn_save();
+    EXPECT_TRUE(m_prompt.takeTexts().first().contains(u"]EntLogs.Add:\r\n"_s));
+    EXPECT_EQ(m_webs.Search(u"0101"_s).m_customPwd, u"old"_s) << "the only copy of the old one";
+    m_database.execute("drop trigger full");
     m_pane.mn_save();
     EXPECT_EQ(values(u"select dirPath||entNo||statusNo||pwdName||originalPwd from tb_EntLog"_s),
               QStringList(u"02072自定义old"_s));

@@ -7,6 +7,7 @@
 #include <deque>
 #include <vector>
 
+#include "store/ent_logs.h"
 #include "store/store_fixture.h"
 #include "support/temp_home.h"
 #include "workspace/directory_commands.h"
@@ -162,8 +163,8 @@ class WorkspaceTest : public StoreTest {
     FileOperator m_files{m_folders, m_clock, m_prompt, m_owner};
     RecordingNeighbours m_near;
     Workspace m_workspace{{m_prompt, m_clock, m_files, m_settings, m_directories, m_entries, m_webs,
-                           m_prgs, m_fils, m_assPwds, m_assNums, m_sysLogs, m_entLogs, m_near,
-                           m_near, m_near, m_near, m_near}};
+                           m_prgs, m_fils, m_assPwds, m_assNums, m_sysLogs, m_near, m_near, m_near,
+                           m_near, m_near}};
     SheetLists m_lists{m_workspace};
     EditPane m_pane{m_workspace, m_lists};
     Sheets m_sheets{m_workspace, m_lists, m_pane};
