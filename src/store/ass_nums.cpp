@@ -42,8 +42,9 @@ AssNum AssNums::Search(const QString& name) {
         if (!statement.step()) {
             return;
         }
-        object.m_Name = statement.text(0);
+        // What may throw comes first: on a failure the object stays empty.
         object.m_Content = m_context.cipher.toPlain(statement.text(1));
+        object.m_Name = statement.text(0);
         object.m_Type = statement.text(2);
         object.m_Comment = statement.text(3);
         object.m_Effective = statement.flag(4);
