@@ -18,6 +18,7 @@
 #include "crypto/cryptor3.h"
 #include "crypto/cryptor_host.h"
 #include "store/column_cipher.h"
+#include "store/ent_logs.h"
 #include "store/numbering.h"
 #include "store/schema.h"
 #include "ui/frm_main.h"
@@ -184,8 +185,8 @@ class World {
 
   public:
     Workspace workspace{{m_prompt, m_clock, m_files, m_settings, directories, entries, m_webs,
-                         m_prgs, m_fils, m_assPwds, m_assNums, m_sysLogs, m_entLogs, m_gate,
-                         m_monitor, m_digest, m_beeper, m_window}};
+                         m_prgs, m_fils, m_assPwds, m_assNums, m_sysLogs, m_gate, m_monitor,
+                         m_digest, m_beeper, m_window}};
     SheetLists lists{workspace};
     EditPane pane{workspace, lists};
     Sheets sheets{workspace, lists, pane};
