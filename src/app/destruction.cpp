@@ -91,8 +91,9 @@ class Failures {
     std::vector<std::exception_ptr> m_thrown;
 };
 
+/// A copy made by a change of the key has a second part behind a hyphen.
 bool isWorkingCopy(const QString& fileName) {
-    static const QRegularExpression form(QStringLiteral("^[0-9A-Fa-f]{%1}\\.").arg(kDigits));
+    static const QRegularExpression form(QStringLiteral("^[0-9A-Fa-f]{%1}[-.]").arg(kDigits));
     return form.match(fileName).hasMatch();
 }
 

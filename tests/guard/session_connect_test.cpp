@@ -261,6 +261,8 @@ TEST_F(ConnectTest, AnInterruptedDestructionIsFinishedAndAnUnsoundNoteDeletesNot
     EXPECT_TRUE(QFileInfo::exists(sealedFile) && stored());
 
     putContent(copy + u"-journal"_s, "x");
+    const QString rekeyed = copy.chopped(4) + u"-0123456789abcdef.tmp"_s;
+    putContent(rekeyed, "x");
     for (const char* identity : {"1:2:3.4", "none"}) {
         QJsonObject replaced = sound;
         replaced[u"sealedIdentity"_s] = QString::fromLatin1(identity);
@@ -271,13 +273,16 @@ TEST_F(ConnectTest, AnInterruptedDestructionIsFinishedAndAnUnsoundNoteDeletesNot
         EXPECT_TRUE(QFileInfo::exists(sealedFile)) << "a backup that somebody has put there";
     }
 
+    QJsonObject changed = sound;
+    changed[u"workingCopy"_s] = rekeyed;
     // What cannot be deleted keeps nothing else from it, and is tried again.
     ASSERT_TRUE(QFile::remove(sealedFile) && QDir().mkdir(sealedFile));
-    putContent(notePath(), QJsonDocument(sound).toJson());
+    putContent(notePath(), QJsonDocument(changed).toJson());
     restart();
     EXPECT_TRUE(lastText().contains(u"]cSystem.ClearUser:\r\n"_s));
     EXPECT_TRUE(QFileInfo::exists(notePath()));
-    EXPECT_FALSE(QFileInfo::exists(folder) || QFileInfo::exists(copy));
+    EXPECT_FALSE(QFileInfo::exists(folder) || QFileInfo::exists(copy) ||
+                 QFileInfo::exists(rekeyed));
     restart();
     EXPECT_TRUE(lastText().contains(u"现已完成"_s));
     expectFate(Fate::FolderDestroyed);
