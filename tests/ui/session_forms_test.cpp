@@ -93,12 +93,21 @@ TEST_F(SessionFormsTest, LoginTellsABanAndEndsByEscape) {
         QTest::keyClick(box, Qt::Key_Return);
     }
     prompt.takeTexts();
+    const auto* chances = the<QLabel>("lblChances");
+    EXPECT_TRUE(chances->text().endsWith(u"后再试"_s)) << "from its first second on";
     clock.advanceSeconds(1);
     QTest::keyClicks(box, u"any key"_s);
     QTest::keyClick(box, Qt::Key_Return);
     EXPECT_TRUE(window.isVisible());
     EXPECT_EQ(program->login.m_result(), Login::Result::End);
-    EXPECT_EQ(the<QLabel>("lblChances")->text(), u"请 23小时59分59秒 后再试"_s);
+    EXPECT_EQ(chances->text(), u"请 23小时59分59秒 后再试"_s);
+
+    // Behind the ban the attempts are there again, whether or not the timer has told so.
+    clock.advanceSeconds(86'400);
+    prompt.answers = {Prompt::Answer::Yes};
+    QTest::keyClick(box, Qt::Key_Return);
+    EXPECT_EQ(prompt.takeTexts(), QStringList(u"登录密钥错误！是否再试一次？"_s));
+    EXPECT_EQ(stored()->p_usedTimes(), 1);
     QTest::keyClick(box, Qt::Key_Escape);
     EXPECT_FALSE(window.isVisible());
 }
