@@ -125,6 +125,7 @@ User::~User() {
 }
 
 bool User::ReadRegistry(const QString& name) {
+    const QString formerCopy = m_record.activeFile;
     Regedit& regedit = m_services.regedit;
     if (!regedit.openKey(kMachineRoot, recordKey(name))) {
         return false;
@@ -154,6 +155,8 @@ bool User::ReadRegistry(const QString& name) {
     p_privateFolder(QString(m_record.privateFolder));
     m_key.partA = m_record.keyPartA;
     m_key.partB = m_record.keyPartB;
+    m_recordText = sealed.text;
+    m_isCopyGivenUp = m_isCopyGivenUp && m_record.activeFile == formerCopy;
     try {
         m_startupWithOS = m_services.autostart.contains(Users::GetHashUserTitle(p_userName()));
     } catch (const std::exception&) {
@@ -194,7 +197,19 @@ bool User::writeValues(const Values& values) {
                                             : regedit.setString(kFormerHash, values.formerHash));
     });
     regedit.closeKey();
+    if (written) {
+        m_recordText = values.text;
+    }
     return written;
+}
+
+bool User::isAsRecorded() const {
+    Regedit& regedit = m_services.regedit;
+    const QString text = regedit.openKey(kMachineRoot, recordKey(p_userName()))
+                             ? regedit.getString(QStringLiteral("3"))
+                             : QString();
+    regedit.closeKey();
+    return text == m_recordText;
 }
 
 int User::p_remainedTimes() const {

@@ -39,6 +39,9 @@ class User {
     /// Writes the record under a fresh password and key pair. False when nothing was written.
     /// REQUIRES: a private folder with a user's name.
     bool WriteRegistry();
+    /// Whether the record on disk still is what this object last read or wrote. Another instance
+    /// of the program, or another machine with the same home, may have written since.
+    [[nodiscard]] bool isAsRecorded() const;
 
     /// When the 24-hour ban was triggered; invalid when no ban stands.
     [[nodiscard]] const QDateTime& p_attackTime() const { return m_record.attackTime; }
@@ -130,6 +133,8 @@ class User {
     UserServices m_services;
     UserRecord m_record;  ///< its key parts are the remembered key
     Key m_key;
+    /// The enciphered record as last read or written; each writing makes another one.
+    QString m_recordText;
     bool m_isCopyGivenUp = false;
     bool m_startupWithOS = false;
 };

@@ -78,6 +78,7 @@ void Login::selectUser(int index) {
     }
     m_state.currentUser = index;
     m_user = m_ports.users.GetUser(m_state.userNames.at(index));
+    takeOver(*m_user);
     InitUserInterface(1);
 }
 
@@ -147,13 +148,17 @@ void Login::OnLoginClicked() {
         close(Result::Wizard);
         return;
     }
+    if (m_user == nullptr || !isStillGood()) {
+        return;
+    }
     // A ban may have ended since the last tick: the attempts must be there before one is used.
     const bool hasChances = !IsBanned() && ShowChances();
     notify();
     if (!hasChances) {
         return;
     }
-    if (!CheckValid() || !acceptsBlindTest()) {
+    // The question may stand for long.
+    if (!CheckValid() || !acceptsBlindTest() || !isStillGood()) {
         return;
     }
     if (VerifyTypedKey()) {
@@ -252,7 +257,7 @@ bool Login::LoginThroughFingerprint() {
         m_ports.prompt, QStringLiteral("frmLogin.LoginThroughFingerprint"), false,
         [&] {
             QString userName = m_state.userNames.value(m_state.currentUser);
-            if (!m_ports.verifyFingerprint(userName)) {
+            if (!m_ports.verifyFingerprint(userName) || !isStillGood()) {
                 return false;
             }
             if (userName != m_user->p_userName()) {

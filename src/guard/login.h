@@ -137,6 +137,16 @@ class Login {
     /// A machine without a hash tests the key by unsealing, which destroys under a wrong one: the
     /// person must know before.
     [[nodiscard]] bool acceptsBlindTest();
+    /// Whether the person may go on with what the form shows. Else another instance has changed
+    /// what it stands on: the form shows that now, and the person is told.
+    [[nodiscard]] bool isStillGood();
+    /// Takes over what another instance has written for the selected user. What the person typed
+    /// and chose stays; false when it could not, since the form spoke of another folder or of a key
+    /// that it held.
+    bool followRecord();
+    /// True when the record had changed. The user keeps the folder where the form has moved to,
+    /// unless that would lead a working copy to it.
+    bool takeOver(User& user) const;
     void takeStartFolder();
     /// Row of the user of that name, who is added for this run when this machine does not know it.
     /// -1 when moveTo() refuses.

@@ -87,7 +87,10 @@ void Login::tick() {
     if (IsBanned()) {
         notify();
     } else if (wasRefused) {
-        ShowChances();
+        // Another instance may have counted on, and begun another ban.
+        if (followRecord() && !IsBanned()) {
+            ShowChances();
+        }
         notify();
     }
 }

@@ -25,6 +25,54 @@ void Login::forgetKeyOf(User& user) {
     user.p_hashLgnKey(QString());
 }
 
+bool Login::isStillGood() {
+    if (followRecord()) {
+        return true;
+    }
+    m_ports.prompt.messageBox(
+        QStringLiteral("用户【%1】的登录信息已在别处更改，窗口中显示的是更改后的。请核对后再试。")
+            .arg(m_user->p_userName()),
+        Prompt::Icon::Exclamation);
+    return false;
+}
+
+bool Login::followRecord() {
+    const QString folder = m_user->p_privateFolder();
+    if (!takeOver(*m_user)) {
+        return true;
+    }
+    if (m_state.keyText.isEmpty() && m_user->p_privateFolder() == folder) {
+        m_state.keyToolTip = m_user->p_lgnKeyTip();
+        showPath();
+        return true;
+    }
+    // What stands for a key may stand for one that was changed.
+    InitUserInterface(1);
+    return false;
+}
+
+bool Login::takeOver(User& user) const {
+    const QString name = user.p_userName();
+    const auto recorded = m_ports.users.makeUser();
+    // A record that is gone says nothing new: whoever changes the key writes one.
+    if (user.isAsRecorded() || !recorded->ReadRegistry(name)) {
+        return false;
+    }
+    const QString folder = user.p_privateFolder();
+    const bool isForgotten = user.p_hashLgnKey().isEmpty();
+    if (!user.ReadRegistry(name) || privatefolder::isSamePlace(folder, user.p_privateFolder()) ||
+        !QFileInfo::exists(privatefolder::databaseOf(folder)) ||
+        QFileInfo::exists(user.p_activeFile())) {
+        return true;
+    }
+    const bool wasMoved = !QFileInfo::exists(user.p_kvdbFile());
+    user.p_privateFolder(folder);
+    if (isForgotten || !wasMoved) {
+        forgetKeyOf(user);
+    }
+    return true;
+}
+
 void Login::takeStartFolder() {
     if (m_startFolder.isEmpty()) {
         return;
@@ -46,9 +94,12 @@ int Login::userAt(const QString& name, const QString& folder) {
         user = m_ports.users.makeUser();
         user->p_privateFolder(folder);
         m_ports.users.AddNewUser(user);
-    } else if (!privatefolder::isSamePlace(folder, user->p_privateFolder()) &&
-               !moveTo(*user, folder)) {
-        return -1;
+    } else {
+        takeOver(*user);
+        if (!privatefolder::isSamePlace(folder, user->p_privateFolder()) &&
+            !moveTo(*user, folder)) {
+            return -1;
+        }
     }
     if (!m_state.userNames.contains(name)) {
         m_state.userNames << name;
@@ -117,6 +168,9 @@ void Login::cmdRemove() {
     (void)guardedRun(
         m_ports.prompt, QStringLiteral("frmLogin.cmdRemove_Click"),
         [&] {
+            if (!isStillGood()) {
+                return;
+            }
             const QString folder = m_user->p_privateFolder();
             bool deletesFolder = false;
             m_ports.beep();

@@ -259,6 +259,36 @@ TEST_F(SessionTest, ARememberedKeyAndAutoLoginNeedNoTyping) {
     EXPECT_FALSE(stored()->p_remLgnKey());
 }
 
+TEST_F(SessionTest, WhatAnotherInstanceHasWrittenIsFollowedBeforeAKeyIsCheckedOrCounted) {
+    leaveAndRestart();
+    program->login.activate();
+    const auto elsewhere = stored();
+    elsewhere->p_usedTimes(4);
+    elsewhere->p_plainLgnKey(u"newer key"_s);
+    elsewhere->p_activeFile(u"/left/by/a/crash"_s);
+    ASSERT_TRUE(elsewhere->WriteRegistry());
+    prompt.answers = {Prompt::Answer::Yes};
+    program->typeAndLogIn(key);
+    EXPECT_EQ(lastText(), u"登录密钥错误！是否再试一次？"_s) << "the former key would destroy";
+    EXPECT_EQ(stored()->p_usedTimes(), 5);
+    EXPECT_EQ(stored()->p_activeFile(), u"/left/by/a/crash"_s);
+
+    // Blind characters for a key that has changed since stand for nothing.
+    elsewhere->p_remLgnKey(true);
+    ASSERT_TRUE(elsewhere->WriteRegistry());
+    program->login.load();
+    program->login.activate();
+    EXPECT_EQ(program->login.state().keyText, u"*"_s);
+    elsewhere->p_plainLgnKey(u"newest key"_s);
+    elsewhere->p_remLgnKey(false);
+    ASSERT_TRUE(elsewhere->WriteRegistry());
+    program->login.OnLoginClicked();
+    EXPECT_TRUE(lastText().contains(u"已在别处更改"_s));
+    EXPECT_EQ(program->login.state().keyText, QString());
+    program->typeAndLogIn(u"newest key"_s);
+    EXPECT_EQ(program->login.m_result(), Result::LogIn);
+}
+
 TEST_F(SessionTest, ADatabaseThatThisMachineHasNotSeenIsTestedByUnsealing) {
     leaveAndRestart();
     ASSERT_TRUE(program->users.DeleteUser(name));
