@@ -21,12 +21,13 @@ runs, folder = int(sys.argv[1]), sys.argv[2]
 keeper = f"{folder}/morvane-keeper"
 
 
-def timed(desk, first, key, second, program):
-    rows = []
-    for _ in range(runs + 1):
-        out = subprocess.run([f"{folder}/session_timer", first, key, second, program], env=desk.env,
-                             capture_output=True, text=True, timeout=120).stdout
-        rows.append([float(word) for word in out.split()])
+def timed(desk, *arguments):
+    out = subprocess.run([f"{folder}/session_timer", *arguments], env=desk.env,
+                         capture_output=True, text=True, timeout=120).stdout
+    return [float(word) for word in out.split()]
+
+
+def medians(rows):
     return [statistics.median(column) for column in zip(*rows[1:])]
 
 
@@ -39,8 +40,12 @@ with Desktop(keeper) as desk:
     for count in (0, 100_000):
         if count:
             subprocess.run([f"{folder}/fill_database", str(desk.sealed), KEY, str(count)], check=True)
-        empty, = timed(desk, "empty window", "", "", f"{folder}/empty_window")
-        login, main, leaving = timed(desk, "登录 - ", KEY, "Morvane Keeper - Alice", keeper)
+        # By turns, so that a machine that slows down slows both.
+        empties, sessions = [], []
+        for _ in range(runs + 1):
+            empties.append(timed(desk, "empty window", "", "", f"{folder}/empty_window"))
+            sessions.append(timed(desk, "登录 - ", KEY, "Morvane Keeper - Alice", keeper))
+        (empty,), (login, main, leaving) = medians(empties), medians(sessions)
         print(f"{count:>7} entries: start {login:.0f} ms ({login / empty:.2f} x {empty:.0f} ms of an empty window), "
               f"key to main window {main:.0f} ms, exit {leaving:.0f} ms", flush=True)
 PY
