@@ -66,11 +66,14 @@ bool DatabaseCopy::tryScheme(bool scheme) {
     if (isUnsealed) {
         QString key = m_keys.p_plainLgnKey();
         const WipeGuard wipeKey(key);
-        QString password = SealedDatabase::GetAccessDBSec(scheme, key);
-        const WipeGuard wipePassword(password);
-        if (m_sealed.ConnAccess(password, message)) {
-            heedSignals();
-            return true;
+        // A session whose upgrade has failed seals the password of the other scheme.
+        for (const bool inner : {scheme, !scheme}) {
+            QString password = SealedDatabase::GetAccessDBSec(inner, key);
+            const WipeGuard wipePassword(password);
+            if (m_sealed.ConnAccess(password, message)) {
+                heedSignals();
+                return true;
+            }
         }
     } else {
         message = withoutTag(m_prompt.message);

@@ -175,6 +175,7 @@ Database::Database(DatabaseOptions options) : m_options(options) {
 Database::~Database() {
     dropStatements();
     sqlite3_close_v2(m_handle);
+    forgetCodeKey();
 }
 
 sqlite3* Database::connect(const QString& path, const QString& password, bool isNew,
@@ -247,12 +248,14 @@ void Database::open(const QString& path, const QString& password, Trust trust) {
     m_path = path;
     try {
         checkSize();
+        m_codeKey = pageKey->codeKey();
         if (trust == Trust::AllPages) {
-            checkAllPages(*this, m_options, *pageKey);
+            checkPages();
         }
     } catch (...) {
         sqlite3_close_v2(std::exchange(m_handle, nullptr));
         m_path.clear();
+        forgetCodeKey();
         throw;
     }
 }
@@ -273,6 +276,16 @@ void Database::close() {
     check(m_handle, sqlite3_close(m_handle), "sqlite3_close");
     m_handle = nullptr;
     m_path.clear();
+    forgetCodeKey();
+}
+
+void Database::checkPages() const {
+    checkSize();
+    checkAllPages(*this, m_options, m_codeKey);
+}
+
+void Database::forgetCodeKey() {
+    secureWipe(m_codeKey.data(), m_codeKey.size());
 }
 
 void Database::rekey(const QString& oldPassword, const QString& newPassword,

@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
@@ -93,6 +94,10 @@ class Database {
     void exportTo(const QString& target, const QString& password);
     /// The engine's own integrity check and the foreign keys; an empty text means sound.
     [[nodiscard]] QString checkIntegrity();
+    /// Reads the whole file again and checks the authentication code of every page: the disk may
+    /// have spoilt one since. Throws DatabaseError (SQLITE_CORRUPT). REQUIRES: opened by open(), no
+    /// transaction.
+    void checkPages() const;
 
     /// Gives back the memory of all pages in clear that no statement needs just now, wiped. Reading
     /// goes on as before, from the file.
@@ -113,10 +118,13 @@ class Database {
     [[nodiscard]] sqlite3* connect(const QString& path, const QString& password, bool isNew,
                                    std::unique_ptr<PageKey>* pageKey = nullptr) const;
     void checkSize() const;
+    void forgetCodeKey();
 
     sqlite3* m_handle = nullptr;
     QString m_path;
     DatabaseOptions m_options;
+    /// Of the pages' authentication codes; it opens nothing.
+    std::array<std::uint8_t, 32> m_codeKey{};
     /// Preparing costs more than to look one entry up. Reset and without values.
     std::unordered_map<std::string, sqlite3_stmt*> m_idleStatements;
 };

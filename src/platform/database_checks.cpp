@@ -113,15 +113,13 @@ PageKey::Salt saltOf(sqlite3* handle) {
 }
 
 void checkAllPages(const Database& database, const DatabaseOptions& options,
-                   const PageKey& pageKey) {
+                   const PageKey::Bytes& codeKey) {
     sqlite3_file* const file = fileOf(database.handle());
     sqlite3_int64 size = 0;
     if (const int result = file->pMethods->xFileSize(file, &size); result != SQLITE_OK) {
         throw DatabaseError(result, QStringLiteral("page check: size unknown"));
     }
-    PageKey::Bytes key = pageKey.codeKey();
-    PageCode code(key);
-    secureWipe(key.data(), key.size());
+    PageCode code(codeKey);
 
     const auto pageSize = static_cast<std::size_t>(options.pageSize);
     std::vector<std::uint8_t> page(pageSize);

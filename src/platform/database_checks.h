@@ -17,10 +17,10 @@ void startCipherLibrary();
 [[nodiscard]] PageKey::Salt saltOf(sqlite3* handle);
 
 /// Checks the authentication code of every page of an open database, those that no table uses
-/// included, which the engine itself never looks at. Throws DatabaseError (SQLITE_CORRUPT).
-/// REQUIRES: no transaction.
+/// included, which the engine itself never looks at, under the key of the codes. Throws
+/// DatabaseError (SQLITE_CORRUPT). REQUIRES: no transaction.
 void checkAllPages(const Database& database, const DatabaseOptions& options,
-                   const PageKey& pageKey);
+                   const PageKey::Bytes& codeKey);
 
 /// Throws DatabaseError (SQLITE_CORRUPT) unless both databases have the same tables with the same
 /// rows in the same order.

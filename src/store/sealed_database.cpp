@@ -110,12 +110,16 @@ bool SealedDatabase::CryptKVDB(bool scheme, int mode, bool closeDialog, const QS
         const auto which = static_cast<CryptMode>(mode);
         m_display.SetMsg(which);
         const ProgressBinding progress(m_cipher, m_display);
+        const bool isProved = which != CryptMode::Unseal && proveOpenCopy();
         m_database.close();
         QString plain = m_keys.p_plainLgnKey();
         const WipeGuard wipePlain(plain);
         QString key = GetCryptLgnKey(scheme, plain);
         const WipeGuard wipeKey(key);
-        return which == CryptMode::Unseal ? unseal(scheme, key) : seal(scheme, key, target);
+        if (which == CryptMode::Unseal) {
+            return unseal(scheme, key);
+        }
+        return seal(scheme, key, target, isProved);
     });
     if (closeDialog) {
         m_display.close();
@@ -126,26 +130,34 @@ bool SealedDatabase::CryptKVDB(bool scheme, int mode, bool closeDialog, const QS
 /// The last block proves the key and is itself unprotected; the first page, which has a code of its
 /// own under the page key, tells a damaged last block from another key.
 bool SealedDatabase::firstPageOpens(bool scheme, const QString& key) {
-    QString plain = m_keys.p_plainLgnKey();
-    const WipeGuard wipePlain(plain);
-    QString password = GetAccessDBSec(scheme, plain);
-    const WipeGuard wipePassword(password);
     startWorkingCopy(Origin::Unsealed);
-    bool isOpen = true;
+    bool isOpen = false;
     try {
         QFile::remove(m_tmpFile);
         unsealFirstPage(m_cipher, p_kvdbFile(), m_tmpFile, key);
-        m_database.open(m_tmpFile, password);
-        m_database.close();
-    } catch (const DatabaseError& error) {
-        // One page of many: the engine reads it and then misses the others.
-        isOpen = !error.saysWrongPassword();
+        // A session whose upgrade has failed seals the password of the other scheme.
+        isOpen = isPageUnder(scheme) || isPageUnder(!scheme);
     } catch (...) {
         static_cast<void>(removeWorkingCopy());
         throw;
     }
     static_cast<void>(removeWorkingCopy());
     return isOpen;
+}
+
+bool SealedDatabase::isPageUnder(bool scheme) {
+    QString plain = m_keys.p_plainLgnKey();
+    const WipeGuard wipePlain(plain);
+    QString password = GetAccessDBSec(scheme, plain);
+    const WipeGuard wipePassword(password);
+    try {
+        m_database.open(m_tmpFile, password);
+        m_database.close();
+        return true;
+    } catch (const DatabaseError& error) {
+        // One page of many: the engine reads it and then misses the others.
+        return !error.saysWrongPassword();
+    }
 }
 
 bool SealedDatabase::unseal(bool scheme, const QString& key) {
@@ -183,28 +195,57 @@ bool SealedDatabase::unseal(bool scheme, const QString& key) {
     return false;
 }
 
-/// A journal beside the closed working copy means that a write was cut short: without it the file
-/// may be inconsistent, so it is rolled back before anybody copies the file.
-void SealedDatabase::settleJournal(bool scheme) {
-    if (QFileInfo(journalOf(m_tmpFile)).size() == 0) {
-        return;
+/// What is sealed takes the place of the last good file, so every page must be sound: the disk may
+/// have spoilt one since it was read.
+bool SealedDatabase::proveOpenCopy() {
+    if (!m_database.isOpen() || m_database.path() != m_tmpFile || !m_wasConnected) {
+        return false;
     }
-    const auto settle = [this](bool inner) {
+    try {
+        m_database.checkPages();
+    } catch (const DatabaseError& error) {
+        m_database.close();
+        refuseSpoiltCopy(error);
+    }
+    return true;
+}
+
+/// The same where the connection is gone. It takes a derivation of the page key, and rolls back the
+/// journal of a write that was cut short.
+void SealedDatabase::proveClosedCopy(bool scheme) {
+    const auto prove = [this](bool inner) {
         QString plain = m_keys.p_plainLgnKey();
         const WipeGuard wipePlain(plain);
         QString password = GetAccessDBSec(inner, plain);
         const WipeGuard wipePassword(password);
-        m_database.open(m_tmpFile, password);
+        m_database.open(m_tmpFile, password, Database::Trust::AllPages);
         m_database.close();
     };
     try {
-        settle(scheme);
-    } catch (const DatabaseError&) {
-        settle(!scheme);  // a session whose upgrade has failed
+        prove(scheme);
+    } catch (const DatabaseError& first) {
+        if (!first.saysWrongPassword()) {
+            refuseSpoiltCopy(first);
+        }
+        try {
+            prove(!scheme);  // a session whose upgrade has failed
+        } catch (const DatabaseError& second) {
+            refuseSpoiltCopy(second);
+        }
     }
 }
 
-bool SealedDatabase::seal(bool scheme, const QString& key, const QString& target) {
+void SealedDatabase::refuseSpoiltCopy(const DatabaseError& error) {
+    if (!error.saysNoDatabase()) {
+        throw error;
+    }
+    m_trouble = Trouble::Damaged;
+    throw KeeperError(
+        kUnspecified, QStringLiteral("CryptKVDB"),
+        QStringLiteral("工作副本已损坏，未作加密，原文件保持不变。工作副本为：\r\n") + m_tmpFile);
+}
+
+bool SealedDatabase::seal(bool scheme, const QString& key, const QString& target, bool isProved) {
     if (m_origin == Origin::Unsealed && !m_wasConnected && target.isEmpty()) {
         if (!removeWorkingCopy()) {
             refuseRemoval(m_tmpFile);
@@ -222,12 +263,8 @@ bool SealedDatabase::seal(bool scheme, const QString& key, const QString& target
         throw KeeperError(kUnspecified, QStringLiteral("CryptKVDB"),
                           QStringLiteral("数据库未曾打开，未作加密，原文件保持不变。"));
     }
-    settleJournal(scheme);
-    const qint64 size = QFileInfo(m_tmpFile).size();
-    if (size == 0 || size % DatabaseOptions{}.pageSize != 0) {
-        m_trouble = Trouble::Damaged;
-        throw KeeperError(kUnspecified, QStringLiteral("CryptKVDB"),
-                          QStringLiteral("数据库已损坏，未作加密，原文件保持不变。"));
+    if (!isProved || QFileInfo(journalOf(m_tmpFile)).size() > 0) {
+        proveClosedCopy(scheme);
     }
     sealFile(m_cipher, m_tmpFile, target.isEmpty() ? p_kvdbFile() : target, key, m_random);
     if (target.isEmpty()) {
@@ -254,7 +291,8 @@ bool SealedDatabase::ConnAccess(const QString& password, QString& message) {
             if (error.saysBusy()) {
                 m_trouble = Trouble::InUse;
             } else if (error.saysNoDatabase()) {
-                m_trouble = isFirst ? Trouble::Damaged : Trouble::WrongKey;
+                m_trouble =
+                    isFirst || !error.saysWrongPassword() ? Trouble::Damaged : Trouble::WrongKey;
             }
             throw;
         }

@@ -16,6 +16,7 @@ namespace keeper {
 
 class Cryptor3;
 class Database;
+class DatabaseError;
 class KeyHolder;
 class Prompt;
 class Random;
@@ -74,7 +75,8 @@ class SealedDatabase {
     ///
     /// A working copy that was unsealed but never connected is deleted instead of sealed: the
     /// sealed file has its content already. One that was left by a crash and could not be connected
-    /// is neither sealed nor deleted. Every failure leaves the sealed file and the working copy.
+    /// is neither sealed nor deleted. Sealing reads every page of the working copy first and
+    /// refuses a spoilt one. Every failure leaves the sealed file and the working copy.
     bool CryptKVDB(bool scheme, int mode, bool closeDialog, const QString& target);
 
     /// Opens p_tmpFile. A failure is told in `message` and not shown.
@@ -114,8 +116,12 @@ class SealedDatabase {
     void removeRelatives();
     bool unseal(bool scheme, const QString& key);
     bool firstPageOpens(bool scheme, const QString& key);
-    bool seal(bool scheme, const QString& key, const QString& target);
-    void settleJournal(bool scheme);
+    [[nodiscard]] bool isPageUnder(bool scheme);
+    bool seal(bool scheme, const QString& key, const QString& target, bool isProved);
+    /// False when no connection to the working copy is open.
+    [[nodiscard]] bool proveOpenCopy();
+    void proveClosedCopy(bool scheme);
+    [[noreturn]] void refuseSpoiltCopy(const DatabaseError& error);
     void compactInto(const QString& fresh, const QString& password);
     void startWorkingCopy(Origin origin);
     [[nodiscard]] bool removeWorkingCopy();

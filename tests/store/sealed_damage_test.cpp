@@ -127,6 +127,19 @@ TEST_F(SealedDamageTest, TellsARightKeyFromASoundFile) {
             }
         }
     }
+    // The same behind a failed upgrade: the password inside is still that of the other scheme.
+    putContent(m_session.keys.file, m_good);
+    ASSERT_TRUE(m_session.open());
+    m_session.database.rekey(SealedDatabase::GetAccessDBSec(false, m_session.keys.plain),
+                             SealedDatabase::GetAccessDBSec(true, m_session.keys.plain),
+                             m_session.vault.p_tmpFile() + QStringLiteral(".rekeyed"));
+    ASSERT_TRUE(m_session.seal());
+    QByteArray mixed = contentOf(m_session.keys.file);
+    mixed[mixed.size() - 1] = static_cast<char>(mixed[mixed.size() - 1] ^ 1);
+    putContent(m_session.keys.file, mixed);
+    EXPECT_FALSE(m_session.open());
+    EXPECT_EQ(m_session.vault.trouble(), SealedDatabase::Trouble::Damaged);
+
     putContent(m_session.keys.file, m_good);
     m_session.keys.p_plainLgnKey(QStringLiteral("another key"));
     EXPECT_FALSE(m_session.open());

@@ -123,6 +123,17 @@ TEST_F(SealedDatabaseTest, OnlyAProvenWorkingCopyReplacesTheSealedFile) {
     EXPECT_FALSE(session.vault.CryptKVDB(false, 5, false, {})) << "no such mode";
     EXPECT_TRUE(QFileInfo::exists(session.vault.p_tmpFile()));
     EXPECT_EQ(contentOf(session.keys.file), m_sealed);
+
+    // The disk spoils a page behind the session's back.
+    const QString working = session.vault.p_tmpFile();
+    ASSERT_TRUE(session.connectUnder(session.keys.plain));
+    putContent(working, oneBit);
+    for (const char* state : {"connected", "closed"}) {
+        EXPECT_FALSE(session.seal()) << state;
+        EXPECT_EQ(session.vault.trouble(), SealedDatabase::Trouble::Damaged);
+        EXPECT_EQ(contentOf(working), oneBit);
+        EXPECT_EQ(contentOf(session.keys.file), m_sealed);
+    }
 }
 
 TEST_F(SealedDatabaseTest, AKeyThatTheUserCannotTakeIsTakenBack) {
