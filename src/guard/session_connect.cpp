@@ -41,7 +41,10 @@ constexpr int kLoggedInAfterRecovery = 6;
 struct Told {};
 
 /// The independent password was not given: nobody may read on.
-struct Locked {};
+struct Locked {
+    /// The working copy that the record named before; it may be a crashed one that was passed over.
+    QString formerCopy;
+};
 
 /// A row of the table of refusals. A type of its own: no failure of the engine or the ciphers,
 /// whose numbers overlap, may ever be taken for a verdict that destroys.
@@ -65,12 +68,13 @@ bool SessionConnect::ConnectDatabase(bool& resumed) {
     } catch (const Told&) {
         m_ports.display.close();
         abandon(resumed);
-    } catch (const Locked&) {
+    } catch (const Locked& locked) {
         // What the guard and the count of chances have written must not be had back for a cancel.
         if (resumed) {
             abandon(resumed);
         } else {
             reseal();
+            offerAgain(locked.formerCopy);
         }
     } catch (const Refusal& refusal) {
         handle(refusal.number, refusal.source, refusal.description, resumed);
@@ -94,6 +98,7 @@ void SessionConnect::open(bool& resumed) {
             Prompt::Icon::Exclamation);
         throw Told{};
     }
+    m_ports.database.ClearUnfinished();
     const QString path = m_ports.system.user().p_activeFile();
     // The copy of an earlier session that could not be sealed is not this one's to delete.
     m_ports.database.GetResumeTempFile(QString());
@@ -230,10 +235,22 @@ void SessionConnect::unlockColumns() {
     }
     m_ports.display.close();
     // Whoever kills the program over the question finds this copy again, with the tries used up.
-    m_ports.system.user().p_activeFile(m_ports.system.p_tmpFile());
-    m_ports.system.WriteUser();
+    User& user = m_ports.system.user();
+    const QString former = user.p_activeFile();
+    user.p_activeFile(m_ports.system.p_tmpFile());
+    if (m_ports.system.WriteUser()) {
+        m_ports.database.KeepWorkingCopy();
+    }
     if (!m_ports.unlockColumns()) {
-        throw Locked{};
+        throw Locked{former};
+    }
+}
+
+/// A crashed copy that somebody passed over by a login which came to nothing.
+void SessionConnect::offerAgain(const QString& crashedCopy) {
+    if (QFileInfo(crashedCopy).isFile()) {
+        m_ports.system.user().p_activeFile(crashedCopy);
+        m_ports.system.WriteUser();
     }
 }
 
@@ -242,12 +259,14 @@ void SessionConnect::upgradeVersion() {
     if (!version.ok) {
         throw Refusal{version.errorNumber, QStringLiteral("数据库版本"), version.message};
     }
-    if (version.message.isEmpty()) {
+    const bool isNewer = !version.message.isEmpty();
+    if (!isNewer && !m_keySchemeV2) {
         return;
     }
     QString key = m_ports.system.user().p_plainLgnKey();
     const WipeGuard wipeKey(key);
-    const bool isStamped = m_ports.guard.SetDBVersionAsApp();
+    // The current version under the earlier password: an upgrade could not change it then.
+    const bool isStamped = isNewer && m_ports.guard.SetDBVersionAsApp();
     const bool isRekeyed = m_ports.database.SetLgnKey(m_keySchemeV2, key);
     if (isStamped && isRekeyed) {
         m_ports.prompt.messageBox(version.message, Prompt::Icon::Information);
@@ -354,9 +373,9 @@ void SessionConnect::report(const QString& text) {
 void SessionConnect::RecordLogin(bool resumed) {
     writeLog(resumed ? kLoggedInAfterRecovery : kLoggedIn, m_ports.machine.addressSign(),
              m_ports.clock.now());
-    m_ports.users.AddUserAsDefault(m_ports.system.p_userName());
+    const bool isListed = m_ports.users.AddUserAsDefault(m_ports.system.p_userName());
     m_ports.system.RefreshMyUser();
-    if (!m_ports.system.WriteUser()) {
+    if (!m_ports.system.WriteUser() || !isListed) {
         // After a crash nothing would lead to the working copy and to what is entered from now on.
         report(QStringLiteral("用户记录无法写入。如果本次会话异常退出，其间的改动不能自动恢复；"
                               "工作副本为：\r\n") +

@@ -72,6 +72,7 @@ class SessionConnect final : public SessionRoad {
     void judge();
     void unlockColumns();
     void upgradeVersion();
+    void offerAgain(const QString& crashedCopy);
     void handle(std::int32_t number, const QString& source, const QString& description,
                 bool resumed);
     void reseal();

@@ -14,7 +14,12 @@ namespace {
 
 /// Not valid for a file that cannot be opened; `isHeld` tells one that somebody else holds.
 UniqueFd claimed(const QString& path, bool& isHeld) {
-    UniqueFd file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    const QByteArray name = QFile::encodeName(path);
+    // A network file system locks for itself alone what is open for writing.
+    UniqueFd file(::open(name.constData(), O_RDWR | O_CLOEXEC));
+    if (!file.isValid()) {
+        file = UniqueFd(::open(name.constData(), O_RDONLY | O_CLOEXEC));
+    }
     isHeld = file.isValid() && ::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
     return file;
 }

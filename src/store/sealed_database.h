@@ -44,6 +44,7 @@ class SealedDatabase {
     SealedDatabase(KeyHolder& keys, Cryptor3& cipher, Database& database, Prompt& prompt,
                    Random& random, ConnectingDisplay& display, QString stateFolder);
 
+    /// The working copy; empty while there is none.
     [[nodiscard]] const QString& p_tmpFile() const { return m_tmpFile; }
     [[nodiscard]] QString p_kvdbFile() const;
     [[nodiscard]] Trouble trouble() const { return m_trouble; }
@@ -87,6 +88,10 @@ class SealedDatabase {
     /// Rewrites the working copy without its unused space and opens it again. On failure the old
     /// one stands and is open where that is possible.
     bool CompactDB(bool scheme);
+
+    /// Deletes what a killed program has left of a compaction, a change of the key or a dispatch.
+    /// Only for the program that does such work: another one would spoil it while it runs.
+    void ClearUnfinished();
 
     /// Claims p_kvdbFile for this session, so that no other program logs in to it: the one that is
     /// sealed last would undo the other's work. False when another program has it. The claim ends

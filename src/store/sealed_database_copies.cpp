@@ -49,9 +49,12 @@ void SealedDatabase::startWorkingCopy(Origin origin) {
     m_wasConnected = false;
 }
 
-void SealedDatabase::removeAbandonedCopies() {
+void SealedDatabase::ClearUnfinished() {
     removeLeftovers(m_stateFolder, QString(), kCompactingSuffix);
     removeLeftovers(m_stateFolder, QString(), kDispatchingSuffix);
+}
+
+void SealedDatabase::removeAbandonedCopies() {
     const QDir folder(m_stateFolder);
     const QStringList marks =
         folder.entryList({u'*' + kWorkingSuffix + kFreshSuffix}, QDir::Files | QDir::Hidden);
@@ -67,13 +70,14 @@ void SealedDatabase::removeAbandonedCopies() {
 
 bool SealedDatabase::removeWorkingCopy() {
     removeRelatives();
-    removeLeftovers(m_stateFolder, QString(), kCompactingSuffix);
+    QFile::remove(m_tmpFile + kCompactingSuffix);
     if (!isGone(m_tmpFile) || !isGone(journalOf(m_tmpFile))) {
         return false;
     }
     m_origin = Origin::None;
     m_wasConnected = false;
     KeepWorkingCopy();
+    m_tmpFile.clear();
     return true;
 }
 

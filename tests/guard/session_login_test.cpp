@@ -35,11 +35,10 @@ TEST_F(SessionTest, FromTheWizardToTheSecondLoginNothingIsLost) {
 
 TEST_F(SessionTest, TheEarlierKeySchemeOpensWhicheverLayerWearsIt) {
     for (const bool isOuterEarlier : {true, false}) {
-        if (!program->road.g_keySchemeV2()) {
-            program->connection.rekey(SealedDatabase::GetAccessDBSec(false, key),
-                                      SealedDatabase::GetAccessDBSec(true, key),
-                                      home.path() + u"/moving"_s);
-        }
+        // The login takes an earlier password away, also where no version is to be raised.
+        program->connection.rekey(SealedDatabase::GetAccessDBSec(false, key),
+                                  SealedDatabase::GetAccessDBSec(true, key),
+                                  home.path() + u"/moving"_s);
         ASSERT_TRUE(program->sealed.CryptKVDB(isOuterEarlier, static_cast<int>(CryptMode::Seal),
                                               true, QString()));
         restart();
