@@ -35,9 +35,16 @@ bool hasForbidden(const QString& text) {
 
 /// Example content that a distribution may lay beside the program. A new user is complete without.
 void copyExample(const QString& programFolder, const QString& name, const QString& folder) {
-    const QString source = programFolder + u'/' + name;
-    if (!programFolder.isEmpty() && QFileInfo(source).isFile()) {
-        QFile::copy(source, folder + u'/' + name);
+    if (programFolder.isEmpty()) {
+        return;
+    }
+    // A package keeps its programs apart from its data.
+    for (const char* place : {"/", "/../share/morvane-keeper/"}) {
+        const QString source = programFolder + QLatin1String(place) + name;
+        if (QFileInfo(source).isFile()) {
+            QFile::copy(source, folder + u'/' + name);
+            return;
+        }
     }
 }
 

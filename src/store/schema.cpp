@@ -96,7 +96,7 @@ CREATE INDEX ix_SysLog_dateTime ON tb_SysLog(dateTime);
 CREATE INDEX ix_SysLog_statusNo ON tb_SysLog(statusNo,dateTime);
 
 CREATE TABLE tb_EntLog(
-  dirPath TEXT NOT NULL,
+  dirPath TEXT NOT NULL CHECK(typeof(dirPath)='text'),
   $string(entNo) NOT NULL,
   dateTime TEXT NOT NULL CHECK($time(dateTime)),
   statusNo INTEGER NOT NULL CHECK($int32(statusNo)),
@@ -186,10 +186,10 @@ std::string expandDomains(std::string sql) {
 void addExampleEntry(Database& database, const QDateTime& now) {
     Statement entry(database,
                     "INSERT INTO tb_Entry VALUES('03','01',?1,?2,'','',0,1,0,?3,?4,?3,0)");
-    entry.bind(1, QStringLiteral("示例文件")).bind(2, kCustomName).bind(3, now.date()).bind(4, now);
+    entry.bind(1, QStringLiteral("软件说明")).bind(2, kCustomName).bind(3, now.date()).bind(4, now);
     entry.run();
     Statement file(database, "INSERT INTO tb_Fil VALUES('03','01',?1,'',0)");
-    file.bind(1, QStringLiteral("MORV - Demo/加密文件/示例文件.txt")).run();
+    file.bind(1, QStringLiteral("MORV - Demo/加密文件/软件说明.txt")).run();
 }
 
 }  // namespace

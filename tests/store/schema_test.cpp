@@ -65,7 +65,7 @@ TEST_F(SchemaTest, NewDatabaseHoldsTheFixedRows) {
         EXPECT_EQ(count(table), 0) << table;
     }
     EXPECT_EQ(answer(QStringLiteral("SELECT filePath FROM tb_Fil NATURAL JOIN tb_Entry")),
-              QStringLiteral("MORV - Demo/加密文件/示例文件.txt"));
+              QStringLiteral("MORV - Demo/加密文件/软件说明.txt"));
     EXPECT_EQ(m_database.checkIntegrity(), QString());
 }
 
