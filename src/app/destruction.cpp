@@ -133,7 +133,9 @@ QStringList Destruction::finishInterrupted() {
         try {
             const Note note = read(state.filePath(name));
             if (isSound(note)) {
-                told << finish(note);
+                if (const QString text = finish(note); !text.isEmpty()) {
+                    told << text;
+                }
             } else {
                 setFileAside(note.path, QStringLiteral("damaged"));
                 told << QStringLiteral("紧急销毁的记录已损坏，未据此删除任何文件：\r\n%1")
@@ -148,6 +150,11 @@ QStringList Destruction::finishInterrupted() {
 
 QString Destruction::finish(const Note& note) {
     forgetUser(note);
+    if (!QFileInfo(QFileInfo(note.privateFolder).path()).isDir()) {
+        // Perhaps a disk that is not there today; what is here goes now, and the note stays.
+        deleteCopies(note);
+        return {};
+    }
     const QString now = identityOf(note.sealedFile);
     if (!note.sealedIdentity.isEmpty() && now != kNoFile && now != note.sealedIdentity) {
         deleteCopies(note);

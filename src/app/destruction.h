@@ -49,6 +49,7 @@ class Destruction {
     [[nodiscard]] QString notePath(const QString& privateFolder) const;
     void write(const Note& note) const;
     [[nodiscard]] static Note read(const QString& path);
+    /// Empty while the place of the private folder is missing.
     [[nodiscard]] QString finish(const Note& note);
     /// Whether the note names a private folder of its own user, and working copies of this program;
     /// anything else is not ours to delete.

@@ -292,13 +292,17 @@ TEST_F(ConnectTest, AnInterruptedDestructionIsFinishedAndAnUnsoundNoteDeletesNot
 TEST_F(ConnectTest, ADestructionForgetsNoUserOfAnotherFolderThatIsAwayToo) {
     const QString away = home.path(u"drive"_s);
     ASSERT_TRUE(QDir().rename(folder, away));
-    const QString other = u"/mnt/elsewhere/"_s + QFileInfo(folder).fileName();
+    const QString disk = home.path(u"another-drive"_s);
+    const QString other = disk + u'/' + QFileInfo(folder).fileName();
     putContent(notePath(),
                QJsonDocument(
                    QJsonObject{{u"user"_s, name},
                                {u"privateFolder"_s, other},
                                {u"sealedFile"_s, other + u'/' + QFileInfo(sealedFile).fileName()}})
                    .toJson());
+    restart();
+    EXPECT_TRUE(prompt.boxes.empty()) << "the disk of the destroyed one is not there now";
+    QDir().mkpath(disk);
     restart();
     EXPECT_TRUE(lastText().contains(u"现已完成"_s));
     EXPECT_TRUE(stored());
