@@ -9,6 +9,7 @@
 
 #include "crypto/secure_wipe.h"
 #include "platform/durable_file.h"
+#include "platform/file_hold.h"
 #include "platform/prompt.h"
 #include "store/connecting_display.h"
 #include "store/failure.h"
@@ -54,6 +55,11 @@ bool Dispatcher::Dispatch(const QString& target) {
     if (isSameFile(target, m_ports.keys.p_kvdbFile()) ||
         isSameFile(target, m_ports.guard.database.path())) {
         prompt.messageBox(QStringLiteral("不能分派到正在使用的数据库文件！"),
+                          Prompt::Icon::Exclamation);
+        return false;
+    }
+    if (isFileHeld(target)) {
+        prompt.messageBox(QStringLiteral("目标文件正被另一个会话使用，不能分派到它！"),
                           Prompt::Icon::Exclamation);
         return false;
     }
