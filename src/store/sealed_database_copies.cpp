@@ -92,6 +92,7 @@ bool SealedDatabase::CreateWorkingCopy(const QDateTime& now) {
     m_trouble = Trouble::System;
     const bool made = guardedRun(m_prompt, QStringLiteral("cSystem.CreateUser"), [&] {
         m_database.close();
+        ClearUnfinished();
         startWorkingCopy(Origin::New);
         QFile::remove(m_tmpFile);
         try {

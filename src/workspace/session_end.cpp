@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStorageInfo>
 #include <algorithm>
 #include <limits>
 #include <utility>
@@ -28,6 +29,9 @@ constexpr int kExitNormal = 13;
 constexpr int kExitAutomatic = 14;
 constexpr int kExitShutDown = 15;
 constexpr int kExitUndefined = 54;
+
+/// What the sealing writes beside the copy is small, but it must not take the last of the space.
+constexpr qint64 kSpareBytes = 64 * 1024;
 
 }  // namespace
 
@@ -150,7 +154,10 @@ void SessionEnd::seal() {
 /// The sealing is over before anybody can read it in its window, and a balloon goes with the icon.
 void SessionEnd::tellFailedBackup() {
     const QString title = QStringLiteral("退出备份失败");
-    const QString text = QStringLiteral("指定备份路径无效：%1").arg(m_backupPath);
+    const QString text =
+        (QFileInfo(m_backupPath).isDir() ? QStringLiteral("指定备份路径不能写入或空间不足：%1")
+                                         : QStringLiteral("指定备份路径无效：%1"))
+            .arg(m_backupPath);
     if (m_status == kExitNormal) {
         m_ports.prompt.messageBox(text, Prompt::Icon::Exclamation, Prompt::Buttons::Ok, title);
     } else {
@@ -205,7 +212,11 @@ bool SessionEnd::IsBackupDue(QString& path) {
     if (folder.isEmpty() || (settings.p_backupPeriod() && !isPeriodOver())) {
         return false;
     }
-    if (!QFileInfo(folder).isDir()) {
+    // Asked here, where the period has not been moved on yet: that is sealed before the copying.
+    const QFileInfo place(folder);
+    const qint64 size = QFileInfo(m_ports.system.p_tmpFile()).size();
+    if (!place.isDir() || !place.isWritable() ||
+        QStorageInfo(folder).bytesAvailable() < size + kSpareBytes) {
         path = folder;
         return false;
     }

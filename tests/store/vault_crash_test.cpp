@@ -213,6 +213,7 @@ TEST_F(VaultCrashTest, AKillDuringTheMoveToTheNewSchemeLeavesTheSealedFileGood) 
         [this](int call) {
             EXPECT_EQ(contentOf(sealed()), m_oldSealed) << "killed at call " << call;
             VaultSession session(m_folder.path());
+            session.vault.ClearUnfinished();
             EXPECT_FALSE(session.open(false)) << call;
             EXPECT_TRUE(session.open(true) && session.rows() == 1) << call;
             EXPECT_TRUE(session.vault.SetLgnKey(true, kOldKey) && session.seal() && session.open());
