@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <system_error>
 
 #include "platform/durable_file.h"
 #include "platform/file_tree.h"
@@ -25,10 +26,15 @@ QString lastStep(const QString& path) {
 /// A name of the icon theme loses its last part until the theme has it, so "folder" is the least.
 void decorate(const QString& folder, const QString& icon, const QString& tip) {
     const QString path = folder + QStringLiteral("/.directory");
-    if (!QFile::exists(path)) {
+    if (QFile::exists(path)) {
+        return;
+    }
+    try {
         replaceFile(path, QStringLiteral("[Desktop Entry]\nType=Directory\nIcon=%1\nComment=%2\n")
                               .arg(icon, tip)
                               .toUtf8());
+    } catch (const std::system_error&) {
+        // The folder serves without its icon; the next repair tries again.
     }
 }
 

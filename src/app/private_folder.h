@@ -30,7 +30,7 @@ namespace privatefolder {
 
 /// Makes what is missing: the folder, its subfolders (all 0700) and in each a ".directory" file,
 /// by which file managers show icon and tip. What stands already stays as it is. Throws
-/// std::system_error.
+/// std::system_error for a folder; a ".directory" that cannot be written is left out.
 void repair(const QString& folder);
 
 /// Deletes the folder with everything in it. Throws KeeperError that lists what is left, and when

@@ -153,6 +153,10 @@ TEST_F(PathsTest, BackupNamesTellUserHintAndTime) {
 TEST_F(PathsTest, RepairMakesWhatIsMissingAndKeepsTheRest) {
     const QString own = privatefolder::backupsOf(owner.folder) + QStringLiteral("/.directory");
     touch(own, "own");
+    // A decoration that cannot be written keeps no folder from being made.
+    QDir().mkpath(privatefolder::backgroundsOf(owner.folder));
+    ASSERT_TRUE(QFile::link(QStringLiteral("/nowhere"), privatefolder::backgroundsOf(owner.folder) +
+                                                            QStringLiteral("/.directory")));
     const mode_t mask = ::umask(0);
     privatefolder::repair(owner.folder);
     privatefolder::repair(owner.folder);
