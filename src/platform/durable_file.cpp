@@ -7,6 +7,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <cerrno>
@@ -63,18 +64,138 @@ void writeAll(int handle, const QByteArray& content, const QString& path) {
     }
 }
 
+/// Of every file that is being written, in any folder; then six characters of its own.
+constexpr const char* freshPrefix = ".morvane-keeper-new-";
+
+/// Deletes what kills have left of replacements: nobody holds a lock on it any more.
+void sweep(const QString& folder) {
+    const QDir place(folder);
+    const QStringList left = place.entryList({QLatin1String(freshPrefix) + u'*'},
+                                             QDir::Files | QDir::Hidden | QDir::NoSymLinks);
+    for (const QString& file : left) {
+        const QByteArray name = QFile::encodeName(place.filePath(file));
+        const UniqueFd handle = openFile(name, O_RDWR | O_NOFOLLOW | O_NONBLOCK);
+        if (handle.isValid() && ::flock(handle.get(), LOCK_EX | LOCK_NB) == 0) {
+            ::unlink(name.constData());
+        }
+    }
+}
+
+/// Durable content under a name of its own, since another process may be writing the same file. It
+/// goes away unless it is given another name.
+class FreshFile {
+  public:
+    /// `path` is what a failure names.
+    FreshFile(const QString& folder, const QByteArray& content, const QString& path) {
+        sweep(folder);
+        do {
+            m_name = QFile::encodeName(folder) + '/' + freshPrefix + "XXXXXX";
+            m_handle = UniqueFd(::mkostemp(m_name.data(), O_CLOEXEC));
+            if (!m_handle.isValid()) {
+                m_name.clear();
+                fail("create a file for", path);
+            }
+            // Another process that sweeps may come between the two calls.
+        } while ((::flock(m_handle.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) ||
+                 ::access(m_name.constData(), F_OK) != 0);
+        try {
+            fill(content, path);
+        } catch (...) {
+            ::unlink(m_name.constData());
+            throw;
+        }
+    }
+    ~FreshFile() {
+        if (!m_name.isEmpty()) {
+            ::unlink(m_name.constData());
+        }
+    }
+    FreshFile(const FreshFile&) = delete;
+    FreshFile& operator=(const FreshFile&) = delete;
+
+    [[nodiscard]] const QByteArray& name() const { return m_name; }
+    void setRenamed() { m_name.clear(); }
+
+  private:
+    void fill(const QByteArray& content, const QString& path) const {
+        writeAll(m_handle.get(), content, path);
+        if (retried([&] { return ::fsync(m_handle.get()); }) != 0) {
+            fail("flush", path);
+        }
+        // Network file systems tell a full disk only at a close, which must not end the lock.
+        if (::close(::fcntl(m_handle.get(), F_DUPFD_CLOEXEC, 0)) != 0) {
+            fail("close", path);
+        }
+    }
+
+    QByteArray m_name;
+    UniqueFd m_handle;
+};
+
+/// The file that a link in the last step leads to, so that the link stays one.
+QString behindLinks(const QString& path) {
+    const QFileInfo file(path);
+    if (!file.isSymLink()) {
+        return path;
+    }
+    if (!file.isFile()) {
+        fail("follow link", path, file.exists() ? EINVAL : ENOENT);
+    }
+    return file.canonicalFilePath();
+}
+
+/// False with EEXIST when the name is in use.
+bool renameToFreeName(const QByteArray& from, const QByteArray& to) {
+    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0) {
+        return true;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return false;
+    }
+    // Not every file system knows the flag: an empty file takes the name first.
+    if (!openFile(to, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600).isValid()) {
+        return false;
+    }
+    if (::rename(from.constData(), to.constData()) == 0) {
+        return true;
+    }
+    const int number = errno;
+    ::unlink(to.constData());
+    errno = number;
+    return false;
+}
+
+/// Gives `from` the first free name of the form PATH.SUFFIX, PATH.SUFFIX-2, ...
+QString renameAside(const QByteArray& from, const QString& path, const QString& suffix) {
+    for (int attempt = 1; attempt <= 1000; ++attempt) {
+        QString target = path + u'.' + suffix;
+        if (attempt > 1) {
+            target += u'-' + QString::number(attempt);
+        }
+        if (renameToFreeName(from, QFile::encodeName(target))) {
+            flushFolder(folderOf(path));
+            return target;
+        }
+        if (errno != EEXIST) {
+            break;
+        }
+    }
+    fail("set aside", path);
+}
+
 }  // namespace
 
 void ensureFolder(const QString& folder) {
     const QByteArray name = QFile::encodeName(folder);
-    if (::mkdir(name.constData(), 0700) == 0) {
-        return;
-    }
-    if (errno == ENOENT && folderOf(folder) != folder) {
+    int result = ::mkdir(name.constData(), 0700);
+    if (result != 0 && errno == ENOENT && folderOf(folder) != folder) {
         ensureFolder(folderOf(folder));
-        if (::mkdir(name.constData(), 0700) == 0) {
-            return;
-        }
+        result = ::mkdir(name.constData(), 0700);
+    }
+    if (result == 0) {
+        // Files in it are only as durable as its own name.
+        flushFolder(folderOf(folder));
+        return;
     }
     struct stat state {};
     const int number = errno;
@@ -100,10 +221,12 @@ std::optional<QByteArray> readWholeFile(const QString& path, qint64 limit) {
     // Without O_NONBLOCK a pipe in the file's place would hang the program.
     const UniqueFd handle = openFile(QFile::encodeName(path), O_RDONLY | O_NONBLOCK);
     if (!handle.isValid()) {
-        if (errno == ENOENT) {
+        const int number = errno;
+        // A link that leads nowhere stands for content that is away, on another disk perhaps.
+        if (number == ENOENT && !QFileInfo(path).isSymLink()) {
             return std::nullopt;
         }
-        fail("open", path);
+        fail("open", path, number);
     }
     struct stat state {};
     if (::fstat(handle.get(), &state) != 0) {
@@ -132,49 +255,24 @@ std::optional<QByteArray> readWholeFile(const QString& path, qint64 limit) {
 }
 
 void replaceFile(const QString& path, const QByteArray& content) {
-    const QByteArray name = QFile::encodeName(path);
-    const QByteArray fresh = name + ".new";
-    // What a crash left behind: nobody else writes here, so the name is ours.
-    ::unlink(fresh.constData());
-    UniqueFd handle = openFile(fresh, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-    if (!handle.isValid()) {
-        fail("create", QFile::decodeName(fresh));
+    const QString target = behindLinks(path);
+    FreshFile fresh(folderOf(target), content, path);
+    if (::rename(fresh.name().constData(), QFile::encodeName(target).constData()) != 0) {
+        fail("rename", path);
     }
-    try {
-        writeAll(handle.get(), content, path);
-        if (retried([&] { return ::fsync(handle.get()); }) != 0) {
-            fail("flush", path);
-        }
-        // Network file systems tell a full disk only here.
-        if (::close(handle.release()) != 0) {
-            fail("close", path);
-        }
-        if (::rename(fresh.constData(), name.constData()) != 0) {
-            fail("rename", path);
-        }
-    } catch (...) {
-        ::unlink(fresh.constData());
-        throw;
-    }
-    flushFolder(folderOf(path));
+    fresh.setRenamed();
+    flushFolder(folderOf(target));
+}
+
+QString copyAside(const QString& path, const QByteArray& content, const QString& suffix) {
+    FreshFile fresh(folderOf(path), content, path);
+    QString target = renameAside(fresh.name(), path, suffix);
+    fresh.setRenamed();
+    return target;
 }
 
 QString setFileAside(const QString& path, const QString& suffix) {
-    for (int attempt = 1; attempt <= 1000; ++attempt) {
-        QString target = path + u'.' + suffix;
-        if (attempt > 1) {
-            target += u'-' + QString::number(attempt);
-        }
-        if (::renameat2(AT_FDCWD, QFile::encodeName(path).constData(), AT_FDCWD,
-                        QFile::encodeName(target).constData(), RENAME_NOREPLACE) == 0) {
-            flushFolder(folderOf(path));
-            return target;
-        }
-        if (errno != EEXIST) {
-            break;
-        }
-    }
-    fail("set aside", path);
+    return renameAside(QFile::encodeName(path), path, suffix);
 }
 
 bool removeFile(const QString& path) {

@@ -22,17 +22,20 @@ void ensureFolder(const QString& folder);
 void ensurePrivateFolder(const QString& folder);
 
 /// The whole content of a regular file; no value when there is none. A file above `limit` bytes is
-/// EFBIG, anything but a regular file EINVAL.
+/// EFBIG, anything but a regular file EINVAL, a link that leads nowhere ENOENT.
 [[nodiscard]] std::optional<QByteArray> readWholeFile(const QString& path, qint64 limit);
 
 /// Puts `content` in the place of the file in one step: written beside it with mode 0600, flushed,
-/// renamed over it, the folder flushed. REQUIRES: the folder exists, and no other writer of the
-/// same path runs (see FileLock).
+/// renamed over it, the folder flushed. A link stays, and the file that it leads to is replaced. Of
+/// several writers the last one counts, and none disturbs another. What a kill leaves is deleted by
+/// the next replacement in that folder. REQUIRES: the folder exists.
 void replaceFile(const QString& path, const QByteArray& content);
 
 /// Gives a file the first free name of the form PATH.SUFFIX, PATH.SUFFIX-2, ... and never one that
 /// is in use. Returns the new path.
 QString setFileAside(const QString& path, const QString& suffix);
+/// Writes `content` under such a name, as durably as replaceFile(), while PATH stays as it is.
+QString copyAside(const QString& path, const QByteArray& content, const QString& suffix);
 
 /// Deletes a file durably; false when there was none.
 bool removeFile(const QString& path);

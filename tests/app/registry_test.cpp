@@ -165,9 +165,9 @@ TEST_F(RegistryTest, NobodyElseMayRead) {
     QDir().mkpath(folders.registry());
     QFile(folders.registry())
         .setPermissions(QFile::Permissions::fromInt(0x7755));  // as an older tool may have left it
-    write(QStringLiteral("registry.new"), "left by a crash");
-    QFile(store.path() + QStringLiteral(".new"))
-        .setPermissions(QFile::Permissions::fromInt(0x6644));
+    const QString left = QStringLiteral(".morvane-keeper-new-killed");
+    write(left, "left by a crash");
+    QFile(folders.registry() + u'/' + left).setPermissions(QFile::Permissions::fromInt(0x6644));
     const mode_t mask = ::umask(0);
     EXPECT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, usersKey));
     ::umask(mask);
@@ -229,6 +229,31 @@ TEST_F(RegistryTest, WritersAtTheSameTimeLoseNothing) {
         EXPECT_EQ(status, 0);
     }
     EXPECT_EQ(store.read().valueNames(usersKey).size(), writers * values);
+}
+
+TEST_F(RegistryTest, ReplacementsWithoutALockDoNotDisturbEachOther) {
+    const QString path = home.path(QStringLiteral("entry"));
+    const pid_t child = ::fork();
+    const auto replaceOften = [&](char letter) {
+        for (int i = 0; i < 200; ++i) {
+            replaceFile(path, QByteArray(9000, letter));
+        }
+    };
+    if (child == 0) {
+        try {
+            replaceOften('b');
+            ::_exit(0);
+        } catch (...) {
+            ::_exit(1);
+        }
+    }
+    EXPECT_NO_THROW(replaceOften('a'));
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(content(path) == QByteArray(9000, 'a') || content(path) == QByteArray(9000, 'b'));
+    EXPECT_EQ(QDir(home.path()).entryList({QStringLiteral(".m*")}, QDir::Files | QDir::Hidden),
+              QStringList());
 }
 
 TEST_F(RegistryTest, KilledAtAnySystemCallItHoldsTheOldOrTheNewState) {

@@ -174,20 +174,21 @@ TEST_F(KeyChangeTest, ARecordThatCannotBeWrittenLeavesTheOldKey) {
     ASSERT_TRUE(program->enter(key));
     prompt.takeTexts();
     const QString copy = program->system.p_tmpFile();
-    const QString registry = program->folders.registry() + u"/registry.new"_s;
-    QDir().mkpath(registry);
+    const QString lock = program->folders.registry() + u"/registry.lock"_s;
+    const auto obstruct = [&] { return QFile::remove(lock) && QDir().mkdir(lock); };
+    ASSERT_TRUE(obstruct());
     EXPECT_FALSE(changeKey());
     EXPECT_TRUE(lastText().contains(u"登录密钥没有修改"_s));
-    QDir().rmdir(registry);
+    QDir().rmdir(lock);
     EXPECT_EQ(program->system.p_tmpFile(), copy);
     EXPECT_EQ(copies().size(), 1);
     EXPECT_TRUE(program->system.user().CheckLgnKey(key));
     ASSERT_TRUE(program->leave());
     restart();
-    QDir().mkpath(registry);
+    ASSERT_TRUE(obstruct());
     ASSERT_TRUE(program->enter(key));
     EXPECT_TRUE(lastText().endsWith(program->system.p_tmpFile())) << "a crash would lose the way";
-    QDir().rmdir(registry);
+    QDir().rmdir(lock);
 }
 
 /// A home without a user.

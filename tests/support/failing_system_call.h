@@ -26,6 +26,7 @@ inline bool reachesTheDisk(unsigned long long call) {
         case SYS_fdatasync:
         case SYS_ftruncate:
         case SYS_rename:
+        case SYS_renameat2:
         case SYS_sync_file_range:
             return true;
         default:
