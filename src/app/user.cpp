@@ -141,7 +141,6 @@ bool User::ReadRegistry(const QString& name) {
 
     Envelope envelope(m_services.random);
     m_key.hash = envelope.decode(hash, hashPair);
-    m_key.formerHash = formerHash.isEmpty() ? QString() : envelope.decode(formerHash, hashPair);
     if (!isNumber || pair < 0 || pair >= static_cast<std::int16_t>(recordPairs)) {
         return false;
     }
@@ -152,6 +151,7 @@ bool User::ReadRegistry(const QString& name) {
         return false;
     }
     m_record = std::move(*record);
+    m_key.formerHash = formerHash.isEmpty() ? QString() : envelope.decode(formerHash, hashPair);
     p_privateFolder(QString(m_record.privateFolder));
     m_key.partA = m_record.keyPartA;
     m_key.partB = m_record.keyPartB;
@@ -175,12 +175,24 @@ bool User::WriteRegistry() {
         const auto pair = static_cast<std::int16_t>(m_services.random.below(recordPairs));
         Envelope envelope(m_services.random);
         const auto sealed = envelope.seal(text, [pair](const QString&) { return pair; });
-        return writeValues(
+        const bool isWritten = writeValues(
             {envelope.encode(m_key.hash, hashPair), QString::number(pair), sealed.password,
              sealed.text,
              m_key.formerHash.isEmpty() ? QString() : envelope.encode(m_key.formerHash, hashPair)});
+        if (isWritten) {
+            refreshAutostart();
+        }
+        return isWritten;
     } catch (const std::exception&) {  // no random numbers: nothing was written
         return false;
+    }
+}
+
+void User::refreshAutostart() const {
+    try {
+        m_services.autostart.refresh(Users::GetHashUserTitle(p_userName()), p_kvdbFile());
+    } catch (const std::exception&) {
+        // The record is what counts; the next write tries again.
     }
 }
 

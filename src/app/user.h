@@ -36,7 +36,8 @@ class User {
     /// False, and nothing changed except perhaps the hash, when the user is unknown to this
     /// machine or the record cannot be read.
     bool ReadRegistry(const QString& name);
-    /// Writes the record under a fresh password and key pair. False when nothing was written.
+    /// Writes the record under a fresh password and key pair. False when nothing was written. An
+    /// entry that starts the program with the session follows the folder and the program.
     /// REQUIRES: a private folder with a user's name.
     bool WriteRegistry();
     /// Whether the record on disk still is what this object last read or wrote. Another instance
@@ -127,6 +128,7 @@ class User {
     };
 
     bool writeValues(const Values& values);
+    void refreshAutostart() const;
     /// Whether the record on disk names this working copy.
     [[nodiscard]] bool isRecorded(const QString& copy) const;
 

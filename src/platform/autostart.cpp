@@ -3,7 +3,9 @@
 
 #include "platform/autostart.h"
 
+#include <QByteArray>
 #include <QList>
+#include <algorithm>
 
 #include "platform/durable_file.h"
 
@@ -58,6 +60,11 @@ QString XdgAutostart::path(const QString& id) const {
     return m_folder + QStringLiteral("/morvane-keeper-") + id + QStringLiteral(".desktop");
 }
 
+QString XdgAutostart::execLine(const QString& document) const {
+    return QStringLiteral("Exec=%1 %2")
+        .arg(desktopExecArgument(m_program), desktopExecArgument(document));
+}
+
 bool XdgAutostart::contains(const QString& id) const {
     const auto content = readWholeFile(path(id), largestEntry);
     if (!content) {
@@ -78,13 +85,24 @@ void XdgAutostart::add(const QString& id, const QString& title, const QString& d
                               "[Desktop Entry]\n"
                               "Type=Application\n"
                               "Name=%1\n"
-                              "Exec=%2 %3\n"
+                              "%2\n"
                               "Icon=morvane-keeper\n"
                               "Terminal=false\n"
                               "X-GNOME-Autostart-enabled=true\n")
-                              .arg(desktopString(title), desktopExecArgument(m_program),
-                                   desktopExecArgument(document));
+                              .arg(desktopString(title), execLine(document));
     replaceFile(path(id), entry.toUtf8());
+}
+
+void XdgAutostart::refresh(const QString& id, const QString& document) {
+    const auto content = readWholeFile(path(id), largestEntry);
+    const QByteArray exec = execLine(document).toUtf8();
+    QList<QByteArray> lines = content.value_or(QByteArray()).split('\n');
+    const auto found = std::ranges::find_if(
+        lines, [](const QByteArray& line) { return line.startsWith("Exec="); });
+    if (found != lines.end() && *found != exec) {
+        *found = exec;
+        replaceFile(path(id), lines.join('\n'));
+    }
 }
 
 void XdgAutostart::remove(const QString& id) {

@@ -18,6 +18,9 @@ class Autostart {
     /// Starts this program with the one argument `document`, shown to people as `title`. Throws
     /// std::system_error.
     virtual void add(const QString& id, const QString& title, const QString& document) = 0;
+    /// Gives an entry that exists the present program and `document`, and leaves all else in it as
+    /// it is. Throws std::system_error.
+    virtual void refresh(const QString& id, const QString& document) = 0;
     /// Throws std::system_error; an absent entry is no failure.
     virtual void remove(const QString& id) = 0;
 };
@@ -29,10 +32,13 @@ class XdgAutostart final : public Autostart {
     XdgAutostart(const UserFolders& folders, QString program);
     [[nodiscard]] bool contains(const QString& id) const override;
     void add(const QString& id, const QString& title, const QString& document) override;
+    void refresh(const QString& id, const QString& document) override;
     void remove(const QString& id) override;
     [[nodiscard]] QString path(const QString& id) const;
 
   private:
+    [[nodiscard]] QString execLine(const QString& document) const;
+
     QString m_folder;
     QString m_program;
 };

@@ -166,10 +166,12 @@ TEST_F(UsersTest, BrokenRecordIsRefusedAsAWhole) {
         {"1", "49"}, {"1", "-1"}, {"1", ""}, {"2", ""}, {"2", "AAAA"}, {"3", ""}, {"3", "00FF"}};
     for (const auto& [value, fault] : faults) {
         ASSERT_TRUE(user->WriteRegistry());
+        change(name, "4", stored(name, "0"));
         change(name, value, QString::fromLatin1(fault));
         const auto other = newUser(QStringLiteral("other"));
         EXPECT_FALSE(other->ReadRegistry(name)) << value << fault;
         EXPECT_EQ(other->p_userName(), QStringLiteral("other"));
+        EXPECT_FALSE(other->p_isKeyChangePending());
     }
     EXPECT_TRUE(prompt.boxes.empty());
 }
@@ -232,7 +234,13 @@ TEST_F(UsersTest, StartWithTheSessionIsAnEntryThatAnyDesktopReads) {
     file.write("Hidden = true\n");
     file.close();
     EXPECT_FALSE(readBack(user->p_userName())->p_startupWithOS());
+    user->p_privateFolder(home.path(QStringLiteral("moved/MORV - ")) + user->p_userName());
+    ASSERT_TRUE(user->WriteRegistry());
+    QString moved = entry + QStringLiteral("Hidden = true\n");
+    moved.replace(QStringLiteral("/MORV - "), QStringLiteral("/moved/MORV - "));
+    EXPECT_EQ(QString::fromUtf8(readWholeFile(path, 4096).value()), moved);
     user->p_startupWithOS(false);
+    ASSERT_TRUE(user->WriteRegistry());
     EXPECT_FALSE(QFile::exists(path));
 
     QDir(folders.autostart()).removeRecursively();
