@@ -224,14 +224,8 @@ StartChecks DesktopProgram::Graph::startChecks() {
         startWipingHeap();
         autoGuard.heal();
         users.InitUsers();
-        QStringList notices = destruction.finishInterrupted();
-        if (const QString fault = regedit.fault(); !fault.isEmpty()) {
-            notices << fault + QStringLiteral(
-                                   "\r\n因此看不到本机的用户。现在打开密码数据库无法预先核对"
-                                   "密钥：密钥错误时，密码数据库及私人文件夹会被紧急销毁。"
-                                   "请先修复或恢复这个文件。");
-        }
-        return notices;
+        const QStringList finished = destruction.finishInterrupted();
+        return finished + users.faults();
     };
     return checks;
 }

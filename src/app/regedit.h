@@ -59,6 +59,9 @@ class Regedit {
     /// Why the store cannot be read, for a person; empty when it can. The operations above take it
     /// for a failed read without a word.
     [[nodiscard]] QString fault() const;
+    [[nodiscard]] QStringList damagedFiles() const { return m_store.damagedFiles(); }
+    /// Within atomically(): the file as it is now is kept beside the new one.
+    void keepFormer() { m_store.keepFormer(); }
 
   private:
     [[nodiscard]] std::optional<RegistryImage> load() const;

@@ -3,6 +3,10 @@
 
 #include "app/registry_store.h"
 
+#include <QDir>
+#include <QFile>
+#include <algorithm>
+
 #include "platform/durable_file.h"
 #include "store/failure.h"
 
@@ -11,6 +15,10 @@ namespace {
 
 /// Thousands of users fit; whatever is larger was not written here.
 constexpr qint64 largestFile = 16 * 1024 * 1024;
+
+QString damagedSuffix() {
+    return QStringLiteral("damaged-");
+}
 
 [[noreturn]] void refuse(RegistryImage::Fault fault, const QString& path) {
     throw KeeperError(1, QStringLiteral("Regedit"),
@@ -23,6 +31,20 @@ constexpr qint64 largestFile = 16 * 1024 * 1024;
 
 RegistryStore::RegistryStore(QString folder, const Clock& clock)
     : m_folder(std::move(folder)), m_clock(clock) {}
+
+QStringList RegistryStore::damagedFiles() const {
+    return filesAside(damagedSuffix());
+}
+
+QStringList RegistryStore::filesAside(const QString& suffix) const {
+    const QDir folder(m_folder);
+    QStringList files;
+    for (const QString& name :
+         folder.entryList({QStringLiteral("registry.%1*").arg(suffix)}, QDir::Files)) {
+        files << folder.filePath(name);
+    }
+    return files;
+}
 
 QString RegistryStore::path() const {
     return m_folder + QStringLiteral("/registry");
@@ -41,35 +63,46 @@ RegistryImage RegistryStore::read() const {
     return image;
 }
 
-RegistryImage RegistryStore::readForChange(bool& exists) {
-    const auto bytes = readWholeFile(path(), largestFile);
-    exists = bytes.has_value();
-    if (!exists) {
-        return {};
+void RegistryStore::keepAside(const QByteArray& bytes, const QString& suffix) const {
+    const QStringList kept = filesAside(suffix);
+    // A disk that is full for a week must not gather a copy at each attempt.
+    const bool isKept = std::ranges::any_of(kept, [&](const QString& name) {
+        QFile file(name);
+        return file.open(QIODevice::ReadOnly) && file.readAll() == bytes;
+    });
+    if (!isKept) {
+        copyAside(path(), bytes,
+                  suffix + m_clock.now().toString(QStringLiteral("yyyyMMddTHHmmss")));
     }
-    RegistryImage::Fault fault{};
-    RegistryImage image = RegistryImage::fromBytes(*bytes, fault);
-    if (fault == RegistryImage::Fault::Newer) {
-        refuse(fault, path());
-    }
-    if (fault == RegistryImage::Fault::Damaged) {
-        setFileAside(path(), QStringLiteral("damaged-") +
-                                 m_clock.now().toString(QStringLiteral("yyyyMMddTHHmmss")));
-        exists = false;
-    }
-    return image;
 }
 
 void RegistryStore::change(const std::function<void(RegistryImage&)>& operation) {
     ensurePrivateFolder(m_folder);
     const FileLock lock(path() + QStringLiteral(".lock"));
-    bool exists = false;
-    RegistryImage image = readForChange(exists);
-    const RegistryImage before = image;
-    operation(image);
-    if (!exists || !(image == before)) {
-        replaceFile(path(), image.toBytes());
+    const auto bytes = readWholeFile(path(), largestFile);
+    RegistryImage::Fault fault = RegistryImage::Fault::None;
+    RegistryImage image = bytes ? RegistryImage::fromBytes(*bytes, fault) : RegistryImage();
+    if (fault == RegistryImage::Fault::Newer) {
+        refuse(fault, path());
     }
+    const RegistryImage before = image;
+    m_keepsFormer = false;
+    operation(image);
+    if (bytes && image == before) {
+        return;
+    }
+    const QByteArray next = image.toBytes();
+    if (next.size() > largestFile) {
+        throw KeeperError(1, QStringLiteral("Regedit"),
+                          QStringLiteral("用户注册文件将超过 16 MiB，没有写入：%1").arg(path()));
+    }
+    // The new file stands for it only once it is kept.
+    if (fault == RegistryImage::Fault::Damaged) {
+        keepAside(*bytes, damagedSuffix());
+    } else if (bytes && m_keepsFormer) {
+        keepAside(*bytes, QStringLiteral("record-"));
+    }
+    replaceFile(path(), next);
 }
 
 }  // namespace keeper

@@ -3,7 +3,9 @@
 
 #pragma once
 
+#include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <functional>
 #include <memory>
 
@@ -17,8 +19,9 @@ namespace keeper {
 /// Invariants:
 /// 1. A change is read, applied and written under one lock, so two writers lose nothing.
 /// 2. The file holds the old or the new content at every moment, also after a power cut.
-/// 3. A damaged file is kept under another name before a new one is written, and a file that
-///    cannot be read, or that a later version wrote, is never replaced.
+/// 3. The bytes of a damaged file are kept under another name before a new one takes its place, and
+///    a file that cannot be read, or that a later version wrote, is never replaced.
+/// 4. What is written can be read again: an image above 16 MiB is refused.
 class RegistryStore {
   public:
     RegistryStore(QString folder, const Clock& clock);
@@ -30,14 +33,21 @@ class RegistryStore {
     /// Applies `operation` to the current content and writes the outcome when it differs. Nothing
     /// is written when anything throws.
     void change(const std::function<void(RegistryImage&)>& operation);
+    /// For an operation that replaces something unreadable: the bytes of the present file are kept
+    /// under another name before the change replaces it.
+    void keepFormer() { m_keepsFormer = true; }
 
     [[nodiscard]] QString path() const;
+    /// Full paths of what was damaged once and is kept beside the registry.
+    [[nodiscard]] QStringList damagedFiles() const;
 
   private:
-    [[nodiscard]] RegistryImage readForChange(bool& exists);
+    [[nodiscard]] QStringList filesAside(const QString& suffix) const;
+    void keepAside(const QByteArray& bytes, const QString& suffix) const;
 
     QString m_folder;
     const Clock& m_clock;
+    bool m_keepsFormer = false;
 };
 
 }  // namespace keeper

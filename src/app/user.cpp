@@ -196,10 +196,19 @@ void User::refreshAutostart() const {
     }
 }
 
+bool User::isUnreadable() const {
+    User stored(m_services);
+    return !stored.ReadRegistry(p_userName()) &&
+           m_services.regedit.openKey(kMachineRoot, recordKey(p_userName()));
+}
+
 bool User::writeValues(const Values& values) {
     // They only make sense together: a password of one write does not open the text of another.
     Regedit& regedit = m_services.regedit;
     const bool written = regedit.atomically([&] {
+        if (isUnreadable()) {
+            regedit.keepFormer();
+        }
         return regedit.createKey(kMachineRoot, recordKey(p_userName())) &&
                regedit.setString(QStringLiteral("0"), values.hash) &&
                regedit.setString(QStringLiteral("1"), values.pair) &&

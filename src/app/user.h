@@ -36,8 +36,9 @@ class User {
     /// False, and nothing changed except perhaps the hash, when the user is unknown to this
     /// machine or the record cannot be read.
     bool ReadRegistry(const QString& name);
-    /// Writes the record under a fresh password and key pair. False when nothing was written. An
-    /// entry that starts the program with the session follows the folder and the program.
+    /// Writes the record under a fresh password and key pair. False when nothing was written. What
+    /// it replaces unread is kept beside the registry. An entry that starts the program with the
+    /// session follows the folder and the program.
     /// REQUIRES: a private folder with a user's name.
     bool WriteRegistry();
     /// Whether the record on disk still is what this object last read or wrote. Another instance
@@ -129,6 +130,8 @@ class User {
 
     bool writeValues(const Values& values);
     void refreshAutostart() const;
+    /// Whether there is a record on disk that this program cannot read.
+    [[nodiscard]] bool isUnreadable() const;
     /// Whether the record on disk names this working copy.
     [[nodiscard]] bool isRecorded(const QString& copy) const;
 

@@ -13,6 +13,13 @@ QString listKey() {
     return QStringLiteral("SOFTWARE\\Tarnvalle\\Morvane Keeper\\Users");
 }
 
+QString consequenceFor(const QString& whose) {
+    return QStringLiteral(
+               "现在打开%1密码数据库无法预先核对密钥：密钥错误时，密码数据库及私人文件夹会被"
+               "紧急销毁。")
+        .arg(whose);
+}
+
 }  // namespace
 
 QString UserKeyPrefix() {
@@ -24,6 +31,7 @@ Users::Users(const UserServices& services, EventLoop& eventLoop)
 
 void Users::InitUsers() {
     m_users.clear();
+    m_unreadable.clear();
     m_defaultUserName.clear();
     Regedit& regedit = m_services.regedit;
     if (!regedit.openKey(kMachineRoot, listKey())) {
@@ -37,10 +45,37 @@ void Users::InitUsers() {
             const auto user = makeUser();
             if (user->ReadRegistry(name)) {
                 m_users.insert_or_assign(name, user);
+            } else if (regedit.openKey(kMachineRoot, UserKeyPrefix() + GetHashUserTitle(name))) {
+                m_unreadable << name;
+                regedit.closeKey();
             }
             m_eventLoop.turn();
         }
     }
+}
+
+QStringList Users::faults() const {
+    QStringList told;
+    if (const QString fault = m_services.regedit.fault(); !fault.isEmpty()) {
+        told << QStringLiteral("%1\r\n因此看不到本机的用户。%2请先修复或恢复这个文件。")
+                    .arg(fault, consequenceFor(QString()));
+    }
+    if (const QStringList files = m_services.regedit.damagedFiles(); !files.isEmpty()) {
+        told << QStringLiteral(
+                    "用户注册文件曾经损坏，当时的内容另存为：\r\n%1\r\n只记录在其中的用户，"
+                    "本机已看不到他们的密钥核对、登录限制和异常退出标记。%2\r\n"
+                    "请修复它并以原名“registry”放回；不再需要时，把它移到别处，即不再提示。")
+                    .arg(files.join(QStringLiteral("\r\n")),
+                         consequenceFor(QStringLiteral("他们的")));
+    }
+    for (const QString& name : m_unreadable) {
+        told << QStringLiteral(
+                    "用户【%1】的注册记录无法读取，可能已损坏或由更高版本的程序写入。%2\r\n"
+                    "登录时会写入新的记录，此前整个用户注册文件会先另存为“registry.record-”"
+                    "加当时的时间。")
+                    .arg(name, consequenceFor(QStringLiteral("其")));
+    }
+    return told;
 }
 
 bool Users::DeleteUser(const QString& name) {

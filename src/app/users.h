@@ -24,6 +24,10 @@ class Users {
     /// Reads the list and each record in it. A user whose record cannot be read is left out here
     /// and stays in the list on disk.
     void InitUsers();
+    /// Why users may be missing, for a person: a registry that cannot be read now, one that was
+    /// damaged once and still lies aside, and records that InitUsers() could not read. Each a text
+    /// of its own.
+    [[nodiscard]] QStringList faults() const;
     /// Forgets the user on disk: record, list and start with the session. False when something
     /// could not be deleted.
     bool DeleteUser(const QString& name);
@@ -49,6 +53,7 @@ class Users {
     UserServices m_services;
     EventLoop& m_eventLoop;
     std::map<QString, std::shared_ptr<User>> m_users;
+    QStringList m_unreadable;  ///< names of listed users
     QString m_defaultUserName;
 };
 

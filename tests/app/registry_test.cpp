@@ -192,6 +192,54 @@ TEST_F(RegistryTest, DamagedContentIsKeptAsideAndReadsAsMissing) {
     EXPECT_TRUE(regedit.openKey(Regedit::Root::LocalMachine, usersKey));
 }
 
+TEST_F(RegistryTest, AFailingDiskNeverLosesDamagedContent) {
+    int good = 0;
+    failEachCall({.errors = {ENOSPC, EINVAL},
+                  .before =
+                      [&] {
+                          for (const QString& file : store.damagedFiles()) {
+                              QFile::remove(file);
+                          }
+                          write(QStringLiteral("registry"), "damaged");
+                      },
+                  .work = [&] { return regedit.createKey(Regedit::Root::LocalMachine, usersKey); },
+                  .check =
+                      [&](const std::string& at, int answer) {
+                          good += answer;
+                          EXPECT_TRUE(answer == 1 || content(store.path()) == "damaged" ||
+                                      store.damagedFiles().size() == 1)
+                              << at;
+                          clock.set(clock.now().addSecs(1));
+                          EXPECT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, usersKey))
+                              << at;
+                          ASSERT_EQ(store.damagedFiles().size(), 1) << "kept once: " << at;
+                          EXPECT_EQ(content(store.damagedFiles().front()), "damaged") << at;
+                      }});
+    EXPECT_EQ(good, 3) << "a disk that cannot flush a folder, twice, or rename to a new name only";
+}
+
+TEST_F(RegistryTest, ALinkStaysOneAndIsNotEmptyWhenItLeadsNowhere) {
+    const QString target = home.path(QStringLiteral("dotfiles"));
+    QDir().mkpath(folders.registry());
+    ASSERT_TRUE(QFile::link(target, store.path()));
+    EXPECT_FALSE(regedit.fault().isEmpty());
+    EXPECT_FALSE(regedit.createKey(Regedit::Root::LocalMachine, usersKey));
+    replaceFile(target, "damaged");
+    ASSERT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, usersKey));
+    EXPECT_TRUE(QFileInfo(store.path()).isSymLink());
+    EXPECT_EQ(content(target), content(store.path()));
+    EXPECT_TRUE(store.read().hasKey(usersKey));
+    EXPECT_EQ(content(store.damagedFiles().value(0)), "damaged");
+}
+
+TEST_F(RegistryTest, WhatCouldNotBeReadAgainIsNotWritten) {
+    ASSERT_TRUE(regedit.createKey(Regedit::Root::LocalMachine, usersKey));
+    const QByteArray before = content(store.path());
+    EXPECT_FALSE(regedit.setString(QStringLiteral("a"), QString(16 * 1024 * 1024, u'x')));
+    EXPECT_EQ(content(store.path()), before);
+    EXPECT_EQ(regedit.getString(QStringLiteral("a")), QString());
+}
+
 TEST_F(RegistryTest, WhatCannotBeReadOrComesFromALaterVersionIsNotReplaced) {
     RegistryImage image;
     image.createKey(usersKey);

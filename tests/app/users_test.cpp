@@ -176,6 +176,42 @@ TEST_F(UsersTest, BrokenRecordIsRefusedAsAWhole) {
     EXPECT_TRUE(prompt.boxes.empty());
 }
 
+TEST_F(UsersTest, WhatCannotBeReadIsToldAndKept) {
+    const auto user = newUser(name);
+    ASSERT_TRUE(user->WriteRegistry());
+    ASSERT_TRUE(users.AddUserAsDefault(name));
+    ASSERT_TRUE(users.AddUserAsDefault(QStringLiteral("gone")));
+    users.InitUsers();
+    EXPECT_EQ(users.faults(), QStringList()) << "a user without a record is unknown, not lost";
+
+    change(name, "3", QStringLiteral("00FF"));
+    const QByteArray unread = readWholeFile(store.path(), 1 << 20).value();
+    users.InitUsers();
+    ASSERT_EQ(users.faults().size(), 1);
+    EXPECT_TRUE(users.faults().front().contains(name));
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(user->WriteRegistry());
+        clock.set(clock.now().addSecs(1));
+    }
+    const QStringList kept =
+        QDir(folders.registry()).entryList({QStringLiteral("registry.record-*")});
+    ASSERT_EQ(kept.size(), 1);
+    EXPECT_EQ(readWholeFile(folders.registry() + u'/' + kept.front(), 1 << 20), unread);
+    users.InitUsers();
+    EXPECT_EQ(users.faults(), QStringList());
+
+    replaceFile(store.path(), "damaged");
+    users.InitUsers();
+    EXPECT_EQ(users.faults().size(), 1);
+    ASSERT_TRUE(user->WriteRegistry());
+    users.InitUsers();
+    const QString aside = store.damagedFiles().value(0);
+    ASSERT_EQ(users.faults().size(), 1) << "the others are still out of view";
+    EXPECT_TRUE(users.faults().front().contains(aside));
+    ASSERT_TRUE(QFile::rename(aside, home.path(QStringLiteral("moved"))));
+    EXPECT_EQ(users.faults(), QStringList());
+}
+
 TEST_F(UsersTest, ListNamesWhoCanLogIn) {
     for (const char* each : {"b", "a", "gone"}) {
         ASSERT_TRUE(newUser(QString::fromLatin1(each))->WriteRegistry());
