@@ -152,7 +152,8 @@ class Login {
     /// -1 when moveTo() refuses.
     int userAt(const QString& name, const QString& folder);
     /// Lets a known user have another folder: all that is known goes along when the old one is not
-    /// there any more, and only the name when both are. False, and a message, when that is refused.
+    /// there any more, and only the name when both are. The folder of the record is as recorded.
+    /// False, and a message, when that is refused.
     bool moveTo(User& user, const QString& folder);
     /// This machine knows the user's name alone from here on.
     static void forgetKeyOf(User& user);

@@ -108,6 +108,12 @@ int Login::userAt(const QString& name, const QString& folder) {
 }
 
 bool Login::moveTo(User& user, const QString& folder) {
+    const auto recorded = m_ports.users.makeUser();
+    if (recorded->ReadRegistry(user.p_userName()) &&
+        privatefolder::isSamePlace(folder, recorded->p_privateFolder())) {
+        // Back from another database of the name: of this one the machine knows the key.
+        return user.ReadRegistry(user.p_userName());
+    }
     const bool wasMoved = !QFileInfo::exists(user.p_kvdbFile());
     if (QFileInfo::exists(user.p_activeFile())) {
         const QString place =

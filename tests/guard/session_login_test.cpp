@@ -68,6 +68,11 @@ TEST_F(SessionTest, ADatabaseOfTheSameNameInAnotherFolderIsJudgedByItself) {
     program->typeAndLogIn(u"wrong key"_s);
     EXPECT_TRUE(lastText().startsWith(u"本机没有登录过这个密码数据库"_s));
     EXPECT_EQ(program->login.m_result(), Result::End) << "a refused blind test tries nothing";
+    program->login.lookAt(sealedFile);
+    prompt.answers = {Prompt::Answer::Yes};
+    program->typeAndLogIn(u"wrong key"_s);
+    EXPECT_EQ(lastText(), u"登录密钥错误！是否再试一次？"_s) << "back where the key is known";
+    program->login.lookAt(other + QLatin1Char('/') + QFileInfo(sealedFile).fileName());
     prompt.answers = {Prompt::Answer::Yes};
     ASSERT_TRUE(program->enter(key)) << lastText().toStdString();
     EXPECT_EQ(stored()->p_privateFolder(), other);
