@@ -70,6 +70,11 @@ bool Login::attemptsAreUsedUp() const {
 }
 
 bool Login::CountFailedAttempt() {
+    if (m_user->p_hashLgnKey().isEmpty()) {
+        // A key that no database can have, tried on one that this machine does not know. The record
+        // may be that of another folder, with a key that is known.
+        return true;
+    }
     if (m_user->p_remainedTimes() > 0) {
         m_user->p_usedTimes(static_cast<std::int16_t>(m_user->p_usedTimes() + 1));
         if (m_user->p_remainedTimes() < 1) {

@@ -73,6 +73,9 @@ TEST_F(SessionTest, ADatabaseOfTheSameNameInAnotherFolderIsJudgedByItself) {
     program->typeAndLogIn(u"wrong key"_s);
     EXPECT_EQ(lastText(), u"登录密钥错误！是否再试一次？"_s) << "back where the key is known";
     program->login.lookAt(other + QLatin1Char('/') + QFileInfo(sealedFile).fileName());
+    prompt.answers = {Prompt::Answer::Yes, Prompt::Answer::Yes};
+    program->typeAndLogIn(u"no key \U0001F511"_s);
+    EXPECT_EQ(stored()->p_privateFolder(), folder) << "what is known of the other one stays";
     prompt.answers = {Prompt::Answer::Yes};
     ASSERT_TRUE(program->enter(key)) << lastText().toStdString();
     EXPECT_EQ(stored()->p_privateFolder(), other);
