@@ -197,22 +197,23 @@ void Login::cmdRemove() {
                 deletesFolder = answer == Prompt::Answer::Yes;
             }
             const QString copy = m_user->p_activeFile();
-            if (QFileInfo::exists(copy)) {
-                // Nothing would lead to it any more.
-                if (m_ports.prompt.messageBox(
-                        QStringLiteral("此用户上次异常退出，其间的改动还在工作副本中：\r\n%1\r\n"
-                                       "再登录一次即可恢复；移除用户后不能再恢复。仍要移除吗？")
-                            .arg(copy),
-                        Prompt::Icon::Exclamation, Prompt::Buttons::YesNo) != Prompt::Answer::Yes) {
-                    return;
-                }
-                if (deletesFolder) {
-                    removeFile(copy);
-                    removeFile(copy + QStringLiteral("-journal"));
-                }
+            const bool hasCopy = QFileInfo::exists(copy);
+            // Nothing would lead to it any more.
+            if (hasCopy &&
+                m_ports.prompt.messageBox(
+                    QStringLiteral("此用户上次异常退出，其间的改动还在工作副本中：\r\n%1\r\n"
+                                   "再登录一次即可恢复；移除用户后不能再恢复。仍要移除吗？")
+                        .arg(copy),
+                    Prompt::Icon::Exclamation, Prompt::Buttons::YesNo) != Prompt::Answer::Yes) {
+                return;
             }
             if (deletesFolder) {
                 privatefolder::destroy(folder);
+                // Behind the folder: when that stays, the user stays with what can be recovered.
+                if (hasCopy) {
+                    removeFile(copy);
+                    removeFile(copy + QStringLiteral("-journal"));
+                }
             }
             DeleteUser();
         },
@@ -224,7 +225,14 @@ void Login::DeleteUser() {
         m_ports.prompt, QStringLiteral("frmLogin.DeleteUser"),
         [&] {
             const int index = m_state.currentUser;
-            m_ports.users.DeleteUser(m_state.userNames.at(index));
+            const QString name = m_state.userNames.at(index);
+            if (!m_ports.users.DeleteUser(name)) {
+                m_ports.prompt.messageBox(
+                    QStringLiteral("用户【%1】的记录未能从本机删除，下次启动时可能还会出现。\r\n"
+                                   "请检查配置文件夹是否可写、磁盘是否已满，届时再移除一次。")
+                        .arg(name),
+                    Prompt::Icon::Exclamation);
+            }
             m_ports.users.RemoveUser(std::exchange(m_user, nullptr));
             m_state.userNames.removeAt(index);
             m_state.currentUser = -1;

@@ -375,6 +375,15 @@ TEST_F(SessionTest, AUserIsRemovedAsAnswered) {
     program->login.cmdRemove();
     EXPECT_TRUE(stored() && QFileInfo::exists(sealedFile));
     EXPECT_EQ(lastText(), u"即将移除此用户。\r\n检测到私人文件夹存在，您需要连带删除它吗？"_s);
+    {
+        const FileSizeLimit full(0);
+        prompt.answers = {Prompt::Answer::No};
+        program->login.cmdRemove();
+    }
+    EXPECT_TRUE(lastText().contains(u"记录未能从本机删除"_s));
+    EXPECT_TRUE(stored());
+    restart();
+    program->login.activate();
     prompt.answers = {Prompt::Answer::No};
     program->login.cmdRemove();
     EXPECT_FALSE(stored());
