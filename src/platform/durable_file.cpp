@@ -113,6 +113,19 @@ class FreshFile {
     FreshFile(const FreshFile&) = delete;
     FreshFile& operator=(const FreshFile&) = delete;
 
+    /// Over what has the name now.
+    [[nodiscard]] bool renameTo(const QByteArray& target) {
+        bool isDone = ::rename(m_name.constData(), target.constData()) == 0;
+        if (!isDone && (errno == ETXTBSY || errno == EBUSY || errno == EACCES)) {
+            // Folders shared with another system may rename no file that is open.
+            m_handle.reset();
+            isDone = ::rename(m_name.constData(), target.constData()) == 0;
+        }
+        if (isDone) {
+            setRenamed();
+        }
+        return isDone;
+    }
     [[nodiscard]] const QByteArray& name() const { return m_name; }
     void setRenamed() { m_name.clear(); }
 
@@ -257,10 +270,9 @@ std::optional<QByteArray> readWholeFile(const QString& path, qint64 limit) {
 void replaceFile(const QString& path, const QByteArray& content) {
     const QString target = behindLinks(path);
     FreshFile fresh(folderOf(target), content, path);
-    if (::rename(fresh.name().constData(), QFile::encodeName(target).constData()) != 0) {
+    if (!fresh.renameTo(QFile::encodeName(target))) {
         fail("rename", path);
     }
-    fresh.setRenamed();
     flushFolder(folderOf(target));
 }
 
