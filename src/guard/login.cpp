@@ -84,7 +84,8 @@ void Login::selectUser(int index) {
 
 void Login::InitUserInterface(int state) {
     m_state.hasUser = state == 1 && m_user != nullptr;
-    m_state.okCaption = m_state.hasUser ? QStringLiteral("登 录") : QStringLiteral("新 建");
+    m_state.okCaption =
+        m_state.userNames.isEmpty() ? QStringLiteral("新 建") : QStringLiteral("登 录");
     m_state.autoLogin = m_state.hasUser && m_user->p_autoLogin();
     m_state.remLgnKey = m_state.hasUser && m_user->p_remLgnKey();
     m_state.fingerprint = m_state.hasUser && m_user->p_fingerprint();

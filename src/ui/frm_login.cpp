@@ -190,9 +190,8 @@ void frmLogin::connectControls() {
     });
     connect(lblPath, &QToolButton::clicked, this, [this] { m_login.openPath(); });
     connect(lblOK, &QPushButton::clicked, this, [this] {
-        if (!m_login.state().hasUser) {
-            m_login.cmdNewBuild();
-            return;
+        if (!m_isActivated) {
+            return;  // a key press that came before the users
         }
         m_login.OnLoginClicked();
         // Whatever was refused, the next thing to do is to type.
