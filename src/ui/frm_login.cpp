@@ -272,8 +272,11 @@ void frmLogin::updateState() {
     }
     lblOK->setText(state.okCaption);
     lblPath->setVisible(state.isPathShown);
-    lblPath->setText(fontMetrics().elidedText(state.pathText, Qt::ElideMiddle,
-                                              fontMetrics().averageCharWidth() * 60));
+    // A button takes a single "&" for the mark of a mnemonic.
+    lblPath->setText(
+        fontMetrics()
+            .elidedText(state.pathText, Qt::ElideMiddle, fontMetrics().averageCharWidth() * 60)
+            .replace(u'&', QStringLiteral("&&")));
     lblPath->setToolTip(state.pathText + QLatin1Char('\n') + state.pathToolTip);
     lblPath->setIcon(state.isPathMissing ? glyphIcon(Glyph::Warning, IconTint::Warning)
                                          : glyphIcon(Glyph::FolderOpen));
