@@ -86,6 +86,14 @@ TEST_F(KeyBoxTest, TheKeyboardOnTheScreenTypesWithoutTakingTheFocus) {
     }
     EXPECT_EQ(box.text(), QStringLiteral("qQ&\\"));
     EXPECT_EQ(edits, 6) << "the last one finds no room";
+    EXPECT_TRUE(box.warning().contains(QStringLiteral("最多4位")));
+    press(QStringLiteral("退格"));
+    EXPECT_EQ(box.warning(), QString());
+    QApplication::clipboard()->setText(QStringLiteral("longer"));
+    box.edit()->selectAll();
+    box.edit()->paste();
+    EXPECT_EQ(box.text(), QStringLiteral("long"));
+    EXPECT_TRUE(box.warning().contains(QStringLiteral("最多4位"))) << "a cut paste is told";
     EXPECT_TRUE(box.edit()->hasFocus());
     box.setEnabled(false);
     EXPECT_FALSE(keyboardOnScreen->isVisible());

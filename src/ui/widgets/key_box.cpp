@@ -65,7 +65,12 @@ KeyBox::KeyBox(const KeyboardState& keyboard, const QString& name, QWidget* pare
     grid->setColumnStretch(1, 1);
 
     connect(m_edit, &QLineEdit::textEdited, this, &KeyBox::textEdited);
+    connect(m_edit, &QLineEdit::inputRejected, this, [this] {
+        m_isCut = true;
+        updateWarning();
+    });
     connect(m_edit, &QLineEdit::textChanged, this, [this] {
+        m_isCut = m_isCut && m_edit->text().size() >= m_edit->maxLength();
         updateWarning();
         Q_EMIT textChanged();
     });
@@ -128,6 +133,10 @@ void KeyBox::updateWarning() {
     if (hasFullWidth(m_edit->text())) {
         warning += warning.isEmpty() ? QString() : QStringLiteral("；");
         warning += QStringLiteral("含有全角字符");
+    }
+    if (m_isCut) {
+        warning += warning.isEmpty() ? QString() : QStringLiteral("；");
+        warning += QStringLiteral("最多%1位，多出的没有输入").arg(m_edit->maxLength());
     }
     m_warning->setText(warning);
     m_warning->setAccessibleName(warning);

@@ -20,7 +20,8 @@ class ScreenKeyboard;
 
 /// The box for login keys and passwords: the edit, a button that shows the text, a switch that lets
 /// input methods in for a key with Chinese characters, a keyboard on the screen, and below them one
-/// line that warns while Caps Lock is on or full-width characters were entered.
+/// line that warns while Caps Lock is on, full-width characters were entered, or what was entered
+/// did not all find room.
 ///
 /// The warning's line keeps its place when it is empty, so that nothing jumps.
 class KeyBox final : public QWidget {
@@ -70,6 +71,7 @@ class KeyBox final : public QWidget {
     ScreenKeyboard* m_screenKeyboard = nullptr;
     QLabel* m_warningIcon;
     QLabel* m_warning;
+    bool m_isCut = false;
 };
 
 }  // namespace keeper
