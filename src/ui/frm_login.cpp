@@ -31,6 +31,10 @@ namespace keeper {
 namespace {
 
 constexpr int kLongestLoginKey = 30;
+constexpr int kLongestOfEdit = 32'767;
+/// What the box holds in the place of a key that nobody typed. It is in no key, and so can be told
+/// from what is typed beside it.
+constexpr QChar kStandIn{u'\uFDD0'};
 
 }  // namespace
 
@@ -174,8 +178,7 @@ void frmLogin::connectControls() {
         m_login.selectUser(index);
         txtLgnKey->edit()->setFocus();
     });
-    connect(txtLgnKey, &KeyBox::textEdited, this,
-            [this] { m_login.setKeyText(txtLgnKey->text()); });
+    connect(txtLgnKey, &KeyBox::textEdited, this, &frmLogin::takeKey);
     connect(chkAutoLogin, &QCheckBox::clicked, this, [this](bool isOn) {
         m_login.setAutoLogin(isOn);
         txtLgnKey->edit()->setFocus();
@@ -267,8 +270,7 @@ void frmLogin::updateState() {
     chkFingerprint->setChecked(state.fingerprint);
     txtLgnKey->setHint(state.keyToolTip);
     if (!m_login.hasTypedKey()) {
-        txtLgnKey->setText(state.keyText);
-        txtLgnKey->setShowButtonVisible(state.keyText.isEmpty());
+        showKey();
     }
     lblOK->setText(state.okCaption);
     lblPath->setVisible(state.isPathShown);
@@ -281,6 +283,26 @@ void frmLogin::updateState() {
     lblPath->setIcon(state.isPathMissing ? glyphIcon(Glyph::Warning, IconTint::Warning)
                                          : glyphIcon(Glyph::FolderOpen));
     showChances(state);
+}
+
+void frmLogin::takeKey() {
+    const bool hasStandIns = !m_login.state().keyText.isEmpty();
+    QString typed = txtLgnKey->text();
+    m_login.setKeyText(hasStandIns ? QString() : typed);
+    if (hasStandIns) {
+        typed.remove(kStandIn);
+        showKey();
+        txtLgnKey->edit()->insert(typed);
+    }
+}
+
+void frmLogin::showKey() {
+    const qsizetype standIns = m_login.state().keyText.size();
+    txtLgnKey->wipe();
+    // They take no room from a key that is typed or pasted beside them.
+    txtLgnKey->setMaxLength(standIns == 0 ? kLongestLoginKey : kLongestOfEdit);
+    txtLgnKey->setText(QString(standIns, kStandIn));
+    txtLgnKey->setShowButtonVisible(standIns == 0);
 }
 
 void frmLogin::showUsers(const LoginState& state) {

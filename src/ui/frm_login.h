@@ -45,6 +45,10 @@ class frmLogin final : public QDialog {
     QWidget* buildCommands();
     void connectControls();
     void updateState();
+    /// The person changed the key box.
+    void takeKey();
+    /// Empties the key box, or fills it with what stands for a key that nobody typed.
+    void showKey();
     void showUsers(const LoginState& state);
     void showChances(const LoginState& state);
 

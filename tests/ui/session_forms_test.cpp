@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QTest>
 
+#include "platform/file_hold.h"
 #include "support/fake_desktop.h"
 #include "support/session_fixture.h"
 #include "ui/frm_login.h"
@@ -83,6 +84,28 @@ TEST_F(SessionFormsTest, LoginByKeyboardComesBackToTheKeyUntilItIsRight) {
     EXPECT_EQ(login.m_result(), Login::Result::LogIn);
     EXPECT_FALSE(window.isVisible());
     EXPECT_EQ(box->text(), QString()) << "the key does not stay in the box";
+}
+
+TEST_F(SessionFormsTest, AKeyTypedBesideTheStarsOfAFingerReplacesThem) {
+    leaveAndRestart();
+    const auto user = stored();
+    user->p_plainLgnKey(key);
+    user->p_remLgnKey(true);
+    user->p_fingerprint(true);
+    ASSERT_TRUE(user->WriteRegistry());
+    program->hasReader = program->knowsFinger = true;
+    FileHold elsewhere;
+    ASSERT_TRUE(elsewhere.take(sealedFile));
+    frmLogin window(program->login, keyboard);
+    show(window, "txtLgnKey");
+    auto* box = the<QLineEdit>("txtLgnKey");
+    EXPECT_EQ(box->text().size(), key.size());
+    EXPECT_EQ(prompt.takeTexts().size(), 1) << "the file is held elsewhere";
+    QTest::keyClick(box, Qt::Key_Home);
+    QTest::keyClicks(box, u"*"_s);
+    QTest::keyClicks(box, QString(30, u'a'));
+    EXPECT_EQ(box->text(), u"*"_s + QString(29, u'a'));
+    EXPECT_TRUE(the<QLabel>("lblKeyWarning")->text().contains(u"最多30位"_s));
 }
 
 TEST_F(SessionFormsTest, LoginTellsABanAndEndsByEscape) {
