@@ -35,11 +35,16 @@ constexpr int kLongestTip = 100;
 QString layersText() {
     return QStringLiteral(
         "请注意管理器的保护机制：\n"
+        "• 登录密钥无法找回。请把备份另存到私人文件夹以外的地方。\n"
         "• 登录密钥连续输错达到上限（初始为10次）后，本机24小时内禁止登录。\n"
         "• 数据库被伪造的密钥打开、被非法修改，或在限定之外的机器上登录时，"
         "会连同私人文件夹（包括其中的备份）一起被紧急销毁。\n"
-        "• 数据库与本机绑定；在其它机器上只能在有效期内使用。\n"
-        "• 登录密钥无法找回。请把备份另存到私人文件夹以外的地方。");
+        "• 本机从未打开过的数据库无法预先核对密钥，输错一次就会被销毁，因此登录前会先询问。\n"
+        "• 更改登录密钥之前的备份，以及在其它机器上改过密钥的数据库，"
+        "在本机核对的是另一个密钥，也可能因此被销毁。打开前请先另存一份。\n"
+        "• 数据库的内容已损坏时，加密文件会被删除，只能用另存的备份恢复。\n"
+        "• 系统时间早于上次登录时拒绝登录，校准后即可。\n"
+        "• 数据库与本机绑定；在其它机器上只能在有效期内使用。");
 }
 
 }  // namespace
@@ -81,7 +86,7 @@ frmWizard::frmWizard(Wizard& wizard, const KeyboardState& keyboard, QWidget* par
     layout->addWidget(fraWizard, 1);
     layout->addLayout(commands);
     // On a small or much enlarged screen the pages wrap instead of leaving it.
-    resize(QSize(fontMetrics().averageCharWidth() * 84, unit * 26)
+    resize(QSize(fontMetrics().averageCharWidth() * 84, unit * 29)
                .boundedTo(screen()->availableSize() - QSize(unit, unit * 3)));
 
     connect(cmdNext, &QPushButton::clicked, this, [this] { m_wizard.cmdNext(); });
@@ -187,7 +192,7 @@ QWidget* frmWizard::buildLastPage() {
     txtSummarize->setAccessibleName(QStringLiteral("设置汇总"));
     txtSummarize->setReadOnly(true);
     txtSummarize->setTabChangesFocus(true);
-    txtSummarize->setFixedHeight(fontMetrics().lineSpacing() * 6);
+    txtSummarize->setFixedHeight(fontMetrics().lineSpacing() * 5);
     // Secrets stand in the box: neither clipboard nor selection may carry them away.
     txtSummarize->setTextInteractionFlags(Qt::NoTextInteraction);
     layout->addWidget(txtSummarize);
