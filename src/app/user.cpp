@@ -30,6 +30,7 @@ constexpr std::int16_t hashPair = 17;
 
 /// Beside the four values that make a record.
 const QString kFormerHash = QStringLiteral("4");
+const QString kSealedMark = QStringLiteral("5");
 
 bool sameAnsi(const QString& one, const QString& other) {
     auto a = ansiBytes(one);
@@ -132,6 +133,7 @@ bool User::ReadRegistry(const QString& name) {
     }
     const QString hash = regedit.getString(QStringLiteral("0"));
     const QString formerHash = regedit.getString(kFormerHash);
+    const QString sealedMark = regedit.getString(kSealedMark);
     bool isNumber = false;
     const auto pair =
         static_cast<std::int16_t>(regedit.getString(QStringLiteral("1")).toShort(&isNumber));
@@ -152,6 +154,7 @@ bool User::ReadRegistry(const QString& name) {
     }
     m_record = std::move(*record);
     m_key.formerHash = formerHash.isEmpty() ? QString() : envelope.decode(formerHash, hashPair);
+    m_sealedMark = sealedMark;
     p_privateFolder(QString(m_record.privateFolder));
     m_key.partA = m_record.keyPartA;
     m_key.partB = m_record.keyPartB;
@@ -178,7 +181,8 @@ bool User::WriteRegistry() {
         const bool isWritten = writeValues(
             {envelope.encode(m_key.hash, hashPair), QString::number(pair), sealed.password,
              sealed.text,
-             m_key.formerHash.isEmpty() ? QString() : envelope.encode(m_key.formerHash, hashPair)});
+             m_key.formerHash.isEmpty() ? QString() : envelope.encode(m_key.formerHash, hashPair),
+             m_sealedMark});
         if (isWritten) {
             refreshAutostart();
         }
@@ -205,6 +209,9 @@ bool User::isUnreadable() const {
 bool User::writeValues(const Values& values) {
     // They only make sense together: a password of one write does not open the text of another.
     Regedit& regedit = m_services.regedit;
+    const auto setOrDelete = [&regedit](const QString& name, const QString& value) {
+        return value.isEmpty() ? regedit.deleteValue(name) : regedit.setString(name, value);
+    };
     const bool written = regedit.atomically([&] {
         if (isUnreadable()) {
             regedit.keepFormer();
@@ -214,8 +221,8 @@ bool User::writeValues(const Values& values) {
                regedit.setString(QStringLiteral("1"), values.pair) &&
                regedit.setString(QStringLiteral("2"), values.password) &&
                regedit.setString(QStringLiteral("3"), values.text) &&
-               (values.formerHash.isEmpty() ? regedit.deleteValue(kFormerHash)
-                                            : regedit.setString(kFormerHash, values.formerHash));
+               setOrDelete(kFormerHash, values.formerHash) &&
+               setOrDelete(kSealedMark, values.sealedMark);
     });
     regedit.closeKey();
     if (written) {
@@ -358,6 +365,7 @@ void User::Clear() {
     m_record.autoLogin = false;
     m_key.hash.clear();
     m_key.formerHash.clear();
+    m_sealedMark.clear();
     m_isCopyGivenUp = false;
     m_key.partA.clear();
     m_key.partB.clear();

@@ -71,6 +71,10 @@ class User {
     /// SHA-1 of the login key; empty for a database that this machine has not seen.
     [[nodiscard]] const QString& p_hashLgnKey() const { return m_key.hash; }
     void p_hashLgnKey(const QString& value) { m_key.hash = value; }
+    /// The sealed file that this machine has seen last, as sealedMark() tells it; empty where that
+    /// is unknown.
+    [[nodiscard]] const QString& p_sealedMark() const { return m_sealedMark; }
+    void p_sealedMark(const QString& value) { m_sealedMark = value; }
     /// Full path without a slash at the end.
     [[nodiscard]] const QString& p_privateFolder() const { return m_record.privateFolder; }
     void p_privateFolder(const QString& value);
@@ -119,6 +123,7 @@ class User {
         QString password;
         QString text;
         QString formerHash;
+        QString sealedMark;
     };
     /// What belongs to the login key beside the record.
     struct Key {
@@ -140,6 +145,7 @@ class User {
     Key m_key;
     /// The enciphered record as last read or written; each writing makes another one.
     QString m_recordText;
+    QString m_sealedMark;
     bool m_isCopyGivenUp = false;
     bool m_startupWithOS = false;
 };

@@ -18,6 +18,7 @@
 #include "store/connecting_display.h"
 #include "store/failure.h"
 #include "store/sealed_database.h"
+#include "store/sealed_file.h"
 #include "store/sys_logs.h"
 #include "store/time_text.h"
 
@@ -126,6 +127,7 @@ bool SessionConnect::resume(const QString& path) {
     for (const bool scheme : {false, true}) {
         if (connect(scheme, message)) {
             m_keySchemeV2 = scheme;
+            m_ports.database.p_sealedMark(m_ports.system.user().p_sealedMark());
             return true;
         }
         if (m_ports.database.trouble() != Trouble::WrongKey) {
@@ -327,6 +329,10 @@ void SessionConnect::handle(std::int32_t number, const QString& source, const QS
 void SessionConnect::reseal() {
     (void)m_ports.database.CryptKVDB(m_keySchemeV2, static_cast<int>(CryptMode::Seal),
                                      /*closeDialog=*/true, QString());
+    m_ports.system.user().p_sealedMark(m_ports.database.p_sealedMark());
+    if (!m_ports.database.p_foreignFile().isEmpty()) {
+        report(foreignFileText(m_ports.database.p_foreignFile()));
+    }
 }
 
 void SessionConnect::abandon(bool resumed) {
@@ -375,6 +381,7 @@ void SessionConnect::RecordLogin(bool resumed) {
              m_ports.clock.now());
     const bool isListed = m_ports.users.AddUserAsDefault(m_ports.system.p_userName());
     m_ports.system.RefreshMyUser();
+    m_ports.system.user().p_sealedMark(m_ports.database.p_sealedMark());
     if (!m_ports.system.WriteUser() || !isListed) {
         // After a crash nothing would lead to the working copy and to what is entered from now on.
         report(QStringLiteral("用户记录无法写入。如果本次会话异常退出，其间的改动不能自动恢复；"

@@ -162,6 +162,9 @@ bool SealedDatabase::isPageUnder(bool scheme) {
 
 bool SealedDatabase::unseal(bool scheme, const QString& key) {
     const QString sealed = p_kvdbFile();
+    // Before it is read: who replaces it meanwhile, replaces it for this session.
+    m_sealedMark = sealedMark(sealed);
+    m_foreignFile.clear();
     startWorkingCopy(Origin::Unsealed);
     UnsealResult result = UnsealResult::SystemFailed;
     try {
@@ -245,6 +248,16 @@ void SealedDatabase::refuseSpoiltCopy(const DatabaseError& error) {
         QStringLiteral("工作副本已损坏，未作加密，原文件保持不变。工作副本为：\r\n") + m_tmpFile);
 }
 
+/// A backup that was put back, or what another machine has sealed: this session knows nothing of
+/// its rows, and they are not its to delete.
+void SealedDatabase::keepForeignFile() {
+    const QString found = m_sealedMark.isEmpty() ? QString() : sealedMark(p_kvdbFile());
+    if (!found.isEmpty() && found != m_sealedMark) {
+        m_foreignFile = setSealedFileAside(p_kvdbFile());
+        m_sealedMark = found;  // once, however often the sealing is tried
+    }
+}
+
 bool SealedDatabase::seal(bool scheme, const QString& key, const QString& target, bool isProved) {
     if (m_origin == Origin::Unsealed && !m_wasConnected && target.isEmpty()) {
         if (!removeWorkingCopy()) {
@@ -266,8 +279,12 @@ bool SealedDatabase::seal(bool scheme, const QString& key, const QString& target
     if (!isProved || QFileInfo(journalOf(m_tmpFile)).size() > 0) {
         proveClosedCopy(scheme);
     }
+    if (target.isEmpty()) {
+        keepForeignFile();
+    }
     sealFile(m_cipher, m_tmpFile, target.isEmpty() ? p_kvdbFile() : target, key, m_random);
     if (target.isEmpty()) {
+        m_sealedMark = sealedMark(p_kvdbFile());
         ReleaseSealedFile();
     }
     if (target.isEmpty() && !removeWorkingCopy()) {

@@ -101,6 +101,14 @@ class SealedDatabase {
 
     /// Takes up the working copy that a crash left behind.
     void GetResumeTempFile(const QString& path);
+    /// Which sealed file the session stands on, as sealedMark() tells it: the one that was unsealed
+    /// or sealed last. Empty where that is unknown.
+    [[nodiscard]] const QString& p_sealedMark() const { return m_sealedMark; }
+    /// For a copy that a crash left behind: the mark that its session had recorded.
+    void p_sealedMark(const QString& value) { m_sealedMark = value; }
+    /// Where the last sealing has kept a file that had taken the place of the sealed one since;
+    /// empty when there was none.
+    [[nodiscard]] const QString& p_foreignFile() const { return m_foreignFile; }
     /// The session has begun and will write: from now on the working copy outlives a crash. Before,
     /// a copy that nobody holds any more is deleted when the next one is made, because it has
     /// nothing that the sealed file lacks.
@@ -120,6 +128,7 @@ class SealedDatabase {
     void moveToNewKey(const QString& oldPassword, const QString& newPassword, const QString& key);
     void removeRelatives();
     bool unseal(bool scheme, const QString& key);
+    void keepForeignFile();
     bool firstPageOpens(bool scheme, const QString& key);
     [[nodiscard]] bool isPageUnder(bool scheme);
     bool seal(bool scheme, const QString& key, const QString& target, bool isProved);
@@ -141,6 +150,8 @@ class SealedDatabase {
     KeyChain m_chain;
     QString m_stateFolder;
     QString m_tmpFile;
+    QString m_sealedMark;
+    QString m_foreignFile;
     /// Locked file PATH OF THE COPY.fresh, as long as the copy may be deleted without loss.
     UniqueFd m_freshMark;
     FileHold m_hold;

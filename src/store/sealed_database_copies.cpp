@@ -93,6 +93,8 @@ bool SealedDatabase::CreateWorkingCopy(const QDateTime& now) {
     const bool made = guardedRun(m_prompt, QStringLiteral("cSystem.CreateUser"), [&] {
         m_database.close();
         ClearUnfinished();
+        m_sealedMark.clear();
+        m_foreignFile.clear();
         startWorkingCopy(Origin::New);
         QFile::remove(m_tmpFile);
         try {
@@ -132,6 +134,8 @@ void SealedDatabase::GetResumeTempFile(const QString& path) {
     m_tmpFile = path;
     KeepWorkingCopy();
     m_origin = Origin::Resumed;
+    m_sealedMark.clear();
+    m_foreignFile.clear();
     m_wasConnected = false;
 }
 

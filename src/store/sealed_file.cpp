@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <QDir>
 #include <QFile>
@@ -25,6 +26,9 @@
 
 namespace keeper {
 namespace {
+
+/// The key of a sealed file has as many bits as the widest block.
+constexpr std::int64_t kSealedBlock = 32;
 
 const QString kSealingMark = QStringLiteral(".sealing-");
 
@@ -220,10 +224,65 @@ UnsealResult unsealFile(Cryptor3& cipher, const QString& source, const QString& 
     return UnsealResult::Done;
 }
 
+QString sealedMark(const QString& path) {
+    if (!QFileInfo(path).isFile()) {
+        return {};
+    }
+    const UniqueFd file = openFile(path, O_RDONLY);
+    struct stat state {};
+    if (::fstat(file.get(), &state) != 0) {
+        fail("stat", path);
+    }
+    if (!pagesIn(state.st_size, kSealedBlock)) {
+        return {};
+    }
+    std::vector<std::uint8_t> last(kSealedBlock);
+    readAt(file, path, state.st_size - kSealedBlock, last);
+    const QByteArray digits =
+        QByteArray(reinterpret_cast<const char*>(last.data()), kSealedBlock).toHex();
+    return QStringLiteral("%1-%2-%3.%4")
+        .arg(QString::fromLatin1(digits))
+        .arg(state.st_size)
+        .arg(state.st_mtim.tv_sec)
+        .arg(state.st_mtim.tv_nsec);
+}
+
+bool isSameKeyByMark(const QString& left, const QString& right) {
+    return left.isEmpty() || right.isEmpty() ||
+           left.section(u'-', 0, 0) == right.section(u'-', 0, 0);
+}
+
+QString setSealedFileAside(const QString& path) {
+    const QFileInfo file(path);
+    const QByteArray from = QFile::encodeName(path);
+    for (int i = 1;; ++i) {
+        const QString aside = file.absolutePath() + u'/' + file.completeBaseName() +
+                              QStringLiteral("（另存 %1）.").arg(i) + file.suffix();
+        const QByteArray to = QFile::encodeName(aside);
+        if (::link(from.constData(), to.constData()) == 0) {
+            return aside;
+        }
+        if (errno == EEXIST) {
+            continue;
+        }
+        // No links here. A name that somebody takes in this moment is too much to fear.
+        if (!QFileInfo::exists(aside) && std::rename(from.constData(), to.constData()) == 0) {
+            return aside;
+        }
+        fail("set aside", path);
+    }
+}
+
+QString foreignFileText(const QString& aside) {
+    return QStringLiteral(
+               "密码数据库文件在本次会话期间被换成了另一个文件（例如换回了备份，或在另一台电脑上保"
+               "存过）。"
+               "它没有被覆盖，已另存为：\r\n") +
+           aside;
+}
+
 std::optional<std::int64_t> pagesOfSealedFile(const QString& path) {
-    // The key of a sealed file has as many bits as the widest block.
-    constexpr std::int64_t kBlock = 32;
-    const auto pages = pagesIn(sizeOf(openFile(path, O_RDONLY), path), kBlock);
+    const auto pages = pagesIn(sizeOf(openFile(path, O_RDONLY), path), kSealedBlock);
     return hasPageOfZeros(path) ? std::nullopt : pages;
 }
 

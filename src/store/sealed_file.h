@@ -58,6 +58,21 @@ void sealFile(Cryptor3& cipher, const QString& source, const QString& target, co
 [[nodiscard]] UnsealResult unsealFile(Cryptor3& cipher, const QString& source,
                                       const QString& target, const QString& key);
 
+/// Tells a sealed file from another that takes its place: its last block, which is the same for all
+/// files under one key, size and time of change, joined by "-". Empty for no sealed file. Throws
+/// std::system_error when the disk cannot tell.
+[[nodiscard]] QString sealedMark(const QString& path);
+
+/// Whether two marks are of files under one key; unknown marks are.
+[[nodiscard]] bool isSameKeyByMark(const QString& left, const QString& right);
+
+/// Keeps the file under another name in its folder, which is returned; the file stays in its place
+/// where the file system has links. Throws std::system_error.
+[[nodiscard]] QString setSealedFileAside(const QString& path);
+
+/// What the person is told of it.
+[[nodiscard]] QString foreignFileText(const QString& aside);
+
 /// What can be told of a sealed file without its key: the number of its pages, or nothing for one
 /// that no key makes. Throws std::system_error.
 [[nodiscard]] std::optional<std::int64_t> pagesOfSealedFile(const QString& path);

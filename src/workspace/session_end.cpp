@@ -19,6 +19,7 @@
 #include "store/connecting_display.h"
 #include "store/failure.h"
 #include "store/sealed_database.h"
+#include "store/sealed_file.h"
 #include "store/sys_logs.h"
 
 namespace keeper {
@@ -149,6 +150,9 @@ void SessionEnd::seal() {
     if (mode == CryptMode::SealAfterFailedBackup) {
         tellFailedBackup();
     }
+    if (!m_ports.database.p_foreignFile().isEmpty()) {
+        tell(QStringLiteral("密码数据库"), foreignFileText(m_ports.database.p_foreignFile()));
+    }
 }
 
 /// The sealing is over before anybody can read it in its window, and a balloon goes with the icon.
@@ -158,6 +162,10 @@ void SessionEnd::tellFailedBackup() {
         (QFileInfo(m_backupPath).isDir() ? QStringLiteral("指定备份路径不能写入或空间不足：%1")
                                          : QStringLiteral("指定备份路径无效：%1"))
             .arg(m_backupPath);
+    tell(title, text);
+}
+
+void SessionEnd::tell(const QString& title, const QString& text) {
     if (m_status == kExitNormal) {
         m_ports.prompt.messageBox(text, Prompt::Icon::Exclamation, Prompt::Buttons::Ok, title);
     } else {
@@ -169,6 +177,7 @@ void SessionEnd::writeUser() {
     User& user = m_ports.system.user();
     user.p_activeFile(QString());
     user.p_activeTime(m_ports.clock.now());
+    user.p_sealedMark(m_ports.database.p_sealedMark());
     m_ports.system.WriteUser();
 }
 

@@ -72,6 +72,7 @@ class SessionEnd {
     void copyBackup();
     /// The record of a session that has ended and left no working copy.
     void tellFailedBackup();
+    void tell(const QString& title, const QString& text);
     void writeUser();
     [[nodiscard]] bool isPeriodOver() const;
     void startNextPeriod();

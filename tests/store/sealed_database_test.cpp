@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "store/sealed_file.h"
 #include "support/vault.h"
 
 namespace keeper {
@@ -80,6 +81,36 @@ TEST_F(SealedDatabaseTest, ANewLoginKeyHoldsFromTheNextSealing) {
     EXPECT_TRUE(next.prompt.takeTexts().value(0).startsWith(
         QStringLiteral("[21]cSystem.SetAccessDBSec:\r\n")));
     EXPECT_EQ(next.keys.plain, QStringLiteral("new key"));
+}
+
+TEST_F(SealedDatabaseTest, AFileThatTookThePlaceOfTheSealedOneIsKept) {
+    VaultSession session(m_folder.path());
+    const QString aside = m_folder.filePath(QStringLiteral("private/某人（另存 1）.kvdb"));
+    ASSERT_TRUE(session.open());
+    ASSERT_TRUE(session.seal());
+    EXPECT_EQ(session.vault.p_foreignFile(), QString());
+    const QString mark = session.vault.p_sealedMark();
+
+    ASSERT_TRUE(session.open());
+    session.addRow(2);
+    ASSERT_TRUE(QFile::remove(session.keys.file));
+    putContent(session.keys.file, m_sealed);
+    ASSERT_TRUE(session.seal());
+    EXPECT_EQ(session.vault.p_foreignFile(), aside);
+    EXPECT_EQ(contentOf(aside), m_sealed);
+
+    // The same behind a crash: the record tells which file the session had stood on.
+    ASSERT_TRUE(session.open());
+    EXPECT_EQ(session.rows(), 2);
+    const QString left = session.vault.p_tmpFile();
+    session.vault.KeepWorkingCopy();
+    session.database.close();
+    session.vault.GetResumeTempFile(left);
+    ASSERT_TRUE(session.connectUnder(session.keys.plain));
+    session.vault.p_sealedMark(mark);
+    ASSERT_TRUE(session.seal());
+    EXPECT_TRUE(session.vault.p_foreignFile().endsWith(QStringLiteral("（另存 2）.kvdb")));
+    EXPECT_TRUE(isSameKeyByMark(mark, session.vault.p_sealedMark()));
 }
 
 TEST_F(SealedDatabaseTest, DispatchSealsACopyAndLeavesTheSession) {
