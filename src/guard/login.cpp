@@ -159,7 +159,7 @@ void Login::OnLoginClicked() {
         return;
     }
     // The question may stand for long.
-    if (!CheckValid() || !acceptsBlindTest() || !isStillGood()) {
+    if (!CheckValid() || !knowsKeyOfFile() || !acceptsBlindTest() || !isStillGood()) {
         return;
     }
     if (VerifyTypedKey()) {

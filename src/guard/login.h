@@ -137,6 +137,9 @@ class Login {
     /// A machine without a hash tests the key by unsealing, which destroys under a wrong one: the
     /// person must know before.
     [[nodiscard]] bool acceptsBlindTest();
+    /// Whether the hash of the record is that of the sealed file's key, as far as can be told. If
+    /// not, the user goes on as one whom this machine does not know.
+    [[nodiscard]] bool knowsKeyOfFile();
     /// Whether the person may go on with what the form shows. Else another instance has changed
     /// what it stands on: the form shows that now, and the person is told.
     [[nodiscard]] bool isStillGood();

@@ -15,6 +15,7 @@
 #include "platform/durable_file.h"
 #include "platform/prompt.h"
 #include "store/failure.h"
+#include "store/sealed_file.h"
 
 namespace keeper {
 
@@ -23,6 +24,25 @@ void Login::forgetKeyOf(User& user) {
     user.p_fingerprint(false);
     user.p_remLgnKey(false);
     user.p_hashLgnKey(QString());
+}
+
+bool Login::knowsKeyOfFile() {
+    const QString path = m_user->p_kvdbFile();
+    if (QFileInfo(m_user->p_activeFile()).isFile() || m_user->p_isKeyChangePending() ||
+        isSameKeyByMark(m_user->p_sealedMark(), sealedMark(path))) {
+        return true;
+    }
+    // A key that was right for the former file would destroy this one, and its own be counted as a
+    // failed attempt.
+    forgetKeyOf(*m_user);
+    m_user->p_sealedMark(QString());
+    InitUserInterface(1);
+    m_ports.prompt.messageBox(QStringLiteral("密码数据库文件已不是本机上次见到的那个，它的登录密钥"
+                                             "不同（例如换回了修改登录密钥之前的备份，"
+                                             "或在另一台电脑上修改过登录密钥）。\r\n请输入这个文件"
+                                             "自己的登录密钥；登录前请确认已有备份。"),
+                              Prompt::Icon::Exclamation);
+    return false;
 }
 
 bool Login::isStillGood() {

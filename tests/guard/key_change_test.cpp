@@ -191,6 +191,37 @@ TEST_F(KeyChangeTest, ARecordThatCannotBeWrittenLeavesTheOldKey) {
     QDir().rmdir(lock);
 }
 
+TEST_F(KeyChangeTest, ABackupFromBeforeTheChangeIsNotDestroyedByTheKeyOfToday) {
+    restore();
+    restart();
+    ASSERT_TRUE(program->enter(key));
+    ASSERT_TRUE(program->leave());
+    const QByteArray backup = contentOf(sealedFile);
+    restart();
+    ASSERT_TRUE(program->enter(key));
+    ASSERT_TRUE(changeKey());
+    program->system.user().p_remLgnKey(true);
+    program->system.user().p_autoLogin(true);
+    ASSERT_TRUE(program->leave());
+    restart();
+    putContent(sealedFile, backup);
+    program->login.activate();
+    EXPECT_TRUE(lastText().contains(u"它的登录密钥不同"_s)) << "nobody was asked for a key";
+    EXPECT_EQ(program->login.m_result(), Login::Result::End);
+    prompt.answers = {Prompt::Answer::No};
+    program->typeAndLogIn(newKey);
+    EXPECT_TRUE(lastText().startsWith(u"本机没有登录过这个密码数据库"_s));
+    EXPECT_EQ(contentOf(sealedFile), backup);
+    prompt.answers = {Prompt::Answer::Yes};
+    program->typeAndLogIn(key);
+    EXPECT_EQ(program->login.m_result(), Login::Result::LogIn);
+    ASSERT_TRUE(program->road.ConnectDatabase(program->resumed)) << lastText().toStdString();
+    program->road.RecordLogin(program->resumed);
+    ASSERT_TRUE(program->leave());
+    restart();
+    ASSERT_TRUE(program->enter(key));
+}
+
 /// A home without a user.
 class NewUserTest : public SessionTest {
   protected:

@@ -41,6 +41,8 @@ TEST_F(SessionTest, TheEarlierKeySchemeOpensWhicheverLayerWearsIt) {
                                   home.path() + u"/moving"_s);
         ASSERT_TRUE(program->sealed.CryptKVDB(isOuterEarlier, static_cast<int>(CryptMode::Seal),
                                               true, QString()));
+        program->system.user().p_sealedMark(program->sealed.p_sealedMark());
+        ASSERT_TRUE(program->system.WriteUser());
         restart();
         ASSERT_TRUE(program->enter(key)) << lastText().toStdString();
         EXPECT_FALSE(program->resumed);
