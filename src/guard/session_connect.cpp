@@ -38,6 +38,10 @@ constexpr int kFailedAttempts = 4;
 constexpr int kBanTriggered = 5;
 constexpr int kLoggedInAfterRecovery = 6;
 
+/// What becomes of a database whose tables are not as they must be.
+const QString kAbnormalText =
+    QStringLiteral("\r\n密码数据库文件已被删除，私人文件夹及其中的备份仍然保留。");
+
 /// What has been told already and ends the login without touching anything.
 struct Told {};
 
@@ -214,13 +218,14 @@ void SessionConnect::readSettings() {
         if (m_ports.system.settings().p_isUnreadable()) {
             throw Told{};
         }
-        throw Refusal{kDatabaseAbnormal, QStringLiteral("数据库异常"), message};
+        throw Refusal{kDatabaseAbnormal, QStringLiteral("数据库异常"), message + kAbnormalText};
     }
     if (!m_ports.guard.ReadDB()) {
         if (m_ports.guard.p_isUnreadable()) {
             throw Told{};
         }
-        throw Refusal{kDatabaseAbnormal, QStringLiteral("数据库异常"), message};
+        throw Refusal{kDatabaseAbnormal, QStringLiteral("数据库异常"),
+                      QStringLiteral("无法读取数据保护信息。") + kAbnormalText};
     }
 }
 
