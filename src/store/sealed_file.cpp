@@ -256,8 +256,8 @@ QString setSealedFileAside(const QString& path) {
     const QFileInfo file(path);
     const QByteArray from = QFile::encodeName(path);
     for (int i = 1;; ++i) {
-        const QString aside = file.absolutePath() + u'/' + file.completeBaseName() +
-                              QStringLiteral("（另存 %1）.").arg(i) + file.suffix();
+        QString aside = file.absolutePath() + u'/' + file.completeBaseName() +
+                        QStringLiteral("（另存 %1）.").arg(i) + file.suffix();
         const QByteArray to = QFile::encodeName(aside);
         if (::link(from.constData(), to.constData()) == 0) {
             return aside;
