@@ -4,6 +4,7 @@
 #include "app/session_flow.h"
 
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <utility>
 
 #include "store/failure.h"
@@ -51,21 +52,17 @@ bool Main::run(const QString& commandLine) {
 }
 
 bool Main::RunPrerequisiteChecks() {
-    m_forms.showSplash();
     QString refusal;
-    if (!m_checks.claimInstance()) {
-        refusal = QStringLiteral("已有实例在运行，本程序每次只允许一个用户登录。");
-    } else if (!m_checks.initializeSystemInfo()) {
-        refusal = QStringLiteral("获取操作系统的环境信息出错，程序无法正常使用！");
-    } else if (QString reason; !IsDatabaseDriverInstalled(reason)) {
-        refusal = QStringLiteral("您的计算机尚未正确配置SQLCipher 数据库引擎，加载失败。\r\n%1")
-                      .arg(reason);
-    }
     QStringList notices;
-    if (refusal.isEmpty()) {
-        notices = m_checks.initUsers();
+    {
+        // Also when a check throws: the splash must not stand before what is told of it.
+        const auto closing = qScopeGuard([this] { m_forms.closeSplash(); });
+        m_forms.showSplash();
+        refusal = refusalOfChecks();
+        if (refusal.isEmpty()) {
+            notices = m_checks.initUsers();
+        }
     }
-    m_forms.closeSplash();
     for (const QString& notice : notices) {
         m_prompt.messageBox(notice, Prompt::Icon::Exclamation);
     }
@@ -73,6 +70,20 @@ bool Main::RunPrerequisiteChecks() {
         m_prompt.messageBox(refusal, Prompt::Icon::Exclamation);
     }
     return refusal.isEmpty();
+}
+
+QString Main::refusalOfChecks() {
+    if (!m_checks.claimInstance()) {
+        return QStringLiteral("已有实例在运行，本程序每次只允许一个用户登录。");
+    }
+    if (!m_checks.initializeSystemInfo()) {
+        return QStringLiteral("获取操作系统的环境信息出错，程序无法正常使用！");
+    }
+    if (QString reason; !IsDatabaseDriverInstalled(reason)) {
+        return QStringLiteral("您的计算机尚未正确配置SQLCipher 数据库引擎，加载失败。\r\n%1")
+            .arg(reason);
+    }
+    return {};
 }
 
 bool Main::IsDatabaseDriverInstalled(QString& reason) {
@@ -88,8 +99,7 @@ bool Main::Prepare4Command(const QString& commandLine, QString& outFolder) {
             if (commandLine.isEmpty()) {
                 return true;
             }
-            QString path = commandLine;
-            path.remove(QLatin1Char('"'));
+            const QString path = pathOf(commandLine);
             if (!CheckDBInPrivateFolder(path)) {
                 return false;
             }
@@ -97,6 +107,10 @@ bool Main::Prepare4Command(const QString& commandLine, QString& outFolder) {
             return true;
         },
         Prompt::Icon::Exclamation);
+}
+
+QString Main::pathOf(QString commandLine) {
+    return commandLine.remove(QLatin1Char('"'));
 }
 
 bool Main::CheckDBInPrivateFolder(const QString& path) {

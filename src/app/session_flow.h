@@ -48,10 +48,15 @@ class Main {
     bool IsDatabaseDriverInstalled(QString& reason);
     /// The command line is one path, blanks included; quotes are dropped. False ends the program.
     bool Prepare4Command(const QString& commandLine, QString& outFolder);
+    /// The path that a command line names, as it was given: perhaps relative, of no file even.
+    [[nodiscard]] static QString pathOf(QString commandLine);
     /// Whether a database file lies in the private folder of its own name; a misplaced one is told.
     bool CheckDBInPrivateFolder(const QString& path);
 
   private:
+    /// What keeps the program from starting, empty when nothing does.
+    [[nodiscard]] QString refusalOfChecks();
+
     Prompt& m_prompt;
     SessionForms& m_forms;
     SessionRoad& m_road;

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <deque>
+#include <stdexcept>
 
 #include "support/scripted_prompt.h"
 
@@ -62,7 +63,13 @@ class Script final : public SessionForms, public SessionRoad {
 class SessionFlowTest : public ::testing::Test {
   protected:
     StartChecks checks() {
-        return {[this] { return isOnly; }, [this] { return hasInfo; }, [this] { return selfTest; },
+        return {[this] {
+                    if (throwing) {
+                        throw std::runtime_error("lock");
+                    }
+                    return isOnly;
+                },
+                [this] { return hasInfo; }, [this] { return selfTest; },
                 [this] {
                     script.events << QStringLiteral("users");
                     return notices;
@@ -76,6 +83,7 @@ class SessionFlowTest : public ::testing::Test {
     ScriptedPrompt prompt;
     Script script;
     bool isOnly = true;
+    bool throwing = false;
     bool hasInfo = true;
     QString selfTest;
     QStringList notices;
@@ -117,7 +125,9 @@ TEST_F(SessionFlowTest, EachFailedCheckSaysWhyBehindAClosedSplash) {
               QStringLiteral("您的计算机尚未正确配置SQLCipher 数据库引擎，加载失败。\r\nAES"));
     EXPECT_EQ(texts[1], QStringLiteral("获取操作系统的环境信息出错，程序无法正常使用！"));
     EXPECT_EQ(texts[2], QStringLiteral("已有实例在运行，本程序每次只允许一个用户登录。"));
-    EXPECT_EQ(script.events.count(QStringLiteral("splash closed")), 3);
+    throwing = true;
+    EXPECT_THROW((void)run(), std::runtime_error);
+    EXPECT_EQ(script.events.count(QStringLiteral("splash closed")), 4);
     EXPECT_FALSE(script.events.contains(QStringLiteral("login")));
 }
 
