@@ -73,7 +73,7 @@ constexpr std::chrono::milliseconds kRetry{20};
 struct DesktopProgram::Graph {
     Graph();
 
-    [[nodiscard]] StartChecks startChecks();
+    [[nodiscard]] StartChecks startChecks(const QString& commandLine);
     [[nodiscard]] Login::Ports loginPorts();
     [[nodiscard]] SessionEnd::Ports sessionEndPorts();
     [[nodiscard]] AutoGuardSession autoGuardSession();
@@ -200,13 +200,17 @@ DesktopProgram::Graph::Graph()
     connectSession();
 }
 
-StartChecks DesktopProgram::Graph::startChecks() {
+StartChecks DesktopProgram::Graph::startChecks(const QString& commandLine) {
     StartChecks checks;
-    checks.claimInstance = [this] {
+    checks.claimInstance = [this, commandLine] {
         if (instance.acquire() == SingleInstance::Outcome::Holder) {
             return true;
         }
-        instance.askHolder(QApplication::arguments().value(1));
+        // The other one runs in another folder, and a path without a good file is passed over in
+        // silence there as here.
+        const QString path = Main::pathOf(commandLine);
+        instance.askHolder(FileOperator::FileValid(path) ? QFileInfo(path).absoluteFilePath()
+                                                         : QString());
         return false;
     };
     checks.initializeSystemInfo = [this] { return osInfo.Initialize(); };
@@ -432,10 +436,10 @@ DesktopProgram::~DesktopProgram() = default;
 int DesktopProgram::run(const QString& commandLine) {
     // The session decides when the program ends: the login form closes before the main one opens.
     QApplication::setQuitOnLastWindowClosed(false);
-    m_graph->sessionWatch.start();
-    m_graph->appearance.watch();
-    Main main(m_graph->prompt, m_graph->windows, m_graph->road, m_graph->startChecks());
+    Main main(m_graph->prompt, m_graph->windows, m_graph->road, m_graph->startChecks(commandLine));
     try {
+        m_graph->sessionWatch.start();
+        m_graph->appearance.watch();
         if (!main.run(commandLine)) {
             return 0;
         }
