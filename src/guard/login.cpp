@@ -49,7 +49,10 @@ Login::Focus Login::activate() {
             notify();
         });
     }
-    takeStartFolder();
+    if (!takeStartFolder()) {
+        // Whoever asked for a certain database is not to find another user's open.
+        m_hasAutoLoggedIn = true;
+    }
     if (m_state.userNames.isEmpty()) {
         InitUserInterface(0);
         return Focus::Key;

@@ -150,7 +150,8 @@ class Login {
     /// True when the record had changed. The user keeps the folder where the form has moved to,
     /// unless that would lead a working copy to it.
     bool takeOver(User& user) const;
-    void takeStartFolder();
+    /// False when the folder that the program was started with led to no user.
+    bool takeStartFolder();
     /// Row of the user of that name, who is added for this run when this machine does not know it.
     /// -1 when moveTo() refuses.
     int userAt(const QString& name, const QString& folder);

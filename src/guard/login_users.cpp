@@ -93,18 +93,20 @@ bool Login::takeOver(User& user) const {
     return true;
 }
 
-void Login::takeStartFolder() {
+bool Login::takeStartFolder() {
     if (m_startFolder.isEmpty()) {
-        return;
+        return true;
     }
     const QString folder = std::exchange(m_startFolder, QString());
     const QString name = FileOperator::GetUserNameByPath(folder);
     if (name.isEmpty() || !QFileInfo(folder).isDir()) {
         m_ports.prompt.messageBox(QStringLiteral("用户【%1】不存在。").arg(name),
                                   Prompt::Icon::Exclamation);
-        return;
+        return false;
     }
-    selectUser(userAt(name, folder));
+    const int user = userAt(name, folder);
+    selectUser(user);
+    return user >= 0;
 }
 
 int Login::userAt(const QString& name, const QString& folder) {

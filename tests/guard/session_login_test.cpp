@@ -251,6 +251,11 @@ TEST_F(SessionTest, ARememberedKeyAndAutoLoginNeedNoTyping) {
     ASSERT_TRUE(program->enter(key));
     prompt.boxes.clear();
     leaveAndRestart();
+    program->login.setStartFolder(home.path(u"nowhere/MORV - Bob"_s));
+    program->login.activate();
+    EXPECT_EQ(lastText(), u"用户【Bob】不存在。"_s);
+    EXPECT_FALSE(program->login.isClosed()) << "not the database that was asked for";
+    restart();
     program->login.activate();
     EXPECT_EQ(program->login.m_result(), Result::LogIn);
     ASSERT_TRUE(program->road.ConnectDatabase(program->resumed));
