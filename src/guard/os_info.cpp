@@ -11,7 +11,7 @@ namespace keeper {
 
 bool OSInfo::Initialize() {
     const auto read = [this](const QString& where, auto&& source) {
-        return guarded(m_prompt, where, QString(), source);
+        return guarded(m_prompt, where, QString(), source, Prompt::Icon::Exclamation);
     };
     m_tag.bios =
         read(QStringLiteral("OSInfo.GetBIOSSN"), [this] { return m_machine.firmwareTag(); });
