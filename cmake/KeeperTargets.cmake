@@ -9,7 +9,7 @@ target_compile_options(keeper_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow 
 target_compile_definitions(keeper_flags INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII
   QT_NO_CAST_TO_ASCII $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>
   KEEPER_VERSION="${PROJECT_VERSION}")
-target_link_options(keeper_flags INTERFACE -Wl,--as-needed)
+target_link_options(keeper_flags INTERFACE -Wl,--as-needed -Wl,-z,relro,-z,now)
 # A unit of several files has names in it that its files do not share; the plain builds look for shadows.
 if(CMAKE_UNITY_BUILD)
   target_compile_options(keeper_flags INTERFACE -Wno-shadow)
