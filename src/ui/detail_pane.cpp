@@ -8,98 +8,19 @@
 #include <QEvent>
 #include <QFormLayout>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QSignalBlocker>
 #include <QStyle>
-#include <QWheelEvent>
-#include <algorithm>
 
-#include "store/schema.h"
 #include "ui/theme/colors.h"
 #include "ui/theme/icons.h"
 #include "ui/widgets/caption.h"
+#include "ui/widgets/name_box.h"
 #include "ui/widgets/named.h"
 #include "workspace/edit_pane.h"
 #include "workspace/entry_disposal.h"
 
 namespace keeper {
 namespace {
-
-/// Says that there is a value of the entry's own, or none; it is no value itself.
-bool isIndication(const QString& text) {
-    return text == kCustomName || text == QStringLiteral("(无密码)") ||
-           text == QStringLiteral("(无号码)");
-}
-
-/// A list that offers nothing while its text may only be read.
-class NameBox final : public QComboBox {
-  public:
-    /// What the logic shows, not what a person typed.
-    void present(const QString& text) {
-        m_isIndicating = isIndication(text);
-        setEditText(text);
-        lineEdit()->setCursorPosition(0);
-    }
-    [[nodiscard]] bool isIndicating() const { return m_isIndicating; }
-    /// What a person means by the edited text. The context menu and the mouse paste beside an
-    /// indication, or into it.
-    QString takeEdit(const QString& shown, const QString& text) {
-        if (!m_isIndicating) {
-            return text;
-        }
-        const auto head = std::mismatch(shown.begin(), shown.end(), text.begin(), text.end());
-        const auto kept = head.first - shown.begin();
-        const bool isInserted =
-            text.size() > shown.size() && text.endsWith(QStringView(shown).mid(kept));
-        QString typed = isInserted ? text.mid(kept, text.size() - shown.size()) : text;
-        m_isIndicating = false;
-        setEditText(typed);
-        return typed;
-    }
-
-    void showPopup() override {
-        if (!isReader()) {
-            QComboBox::showPopup();
-        }
-    }
-
-  protected:
-    void keyPressEvent(QKeyEvent* event) override {
-        const bool isWalking = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down ||
-                               event->key() == Qt::Key_PageUp || event->key() == Qt::Key_PageDown;
-        if (isWalking && isReader()) {
-            event->ignore();
-            return;
-        }
-        const bool isEdit = (!event->text().isEmpty() && event->text().front().isPrint()) ||
-                            event->key() == Qt::Key_Backspace || event->key() == Qt::Key_Delete ||
-                            event->matches(QKeySequence::Paste);
-        if (isEdit) {
-            giveWay();
-        }
-        QComboBox::keyPressEvent(event);
-    }
-    void inputMethodEvent(QInputMethodEvent* event) override {
-        if (!event->preeditString().isEmpty() || !event->commitString().isEmpty()) {
-            giveWay();
-        }
-        QComboBox::inputMethodEvent(event);
-    }
-    // A wheel that passes over the pane must not change what an entry is bound to.
-    void wheelEvent(QWheelEvent* event) override { event->ignore(); }
-
-  private:
-    [[nodiscard]] bool isReader() const { return lineEdit()->isReadOnly(); }
-    /// The first edit replaces an indication as a whole: half of it would become the secret.
-    void giveWay() {
-        if (m_isIndicating && !isReader()) {
-            lineEdit()->selectAll();
-            m_isIndicating = false;
-        }
-    }
-
-    bool m_isIndicating = false;
-};
 
 QLineEdit* lineField(const char* name, const QString& accessibleName) {
     auto* edit = named(new QLineEdit, name);
