@@ -49,6 +49,16 @@ QString userNameOf(const QString& path) {
     return name.startsWith(prefix()) ? name.mid(prefix().size()) : QString();
 }
 
+bool isInPlace(const QString& databaseFile) {
+    const QFileInfo file(databaseFile);
+    return lastStep(file.absolutePath()) == prefix() + file.completeBaseName();
+}
+
+QString misplacedText() {
+    return QStringLiteral("密码数据库未有正确处于前缀名为“%1”的私人文件夹中，不能登录！")
+        .arg(prefix());
+}
+
 QString databaseExtension() {
     return QStringLiteral(".kvdb");
 }

@@ -18,6 +18,10 @@ namespace privatefolder {
 /// What stands behind the prefix in the last step of `path`, which may be a file or a folder; the
 /// empty text when there is no prefix.
 [[nodiscard]] QString userNameOf(const QString& path);
+/// Whether the file lies in the folder that bears its name, by which alone it is found again.
+[[nodiscard]] bool isInPlace(const QString& databaseFile);
+/// What is told of a file that is not in place.
+[[nodiscard]] QString misplacedText();
 /// The sealed database in the folder.
 [[nodiscard]] QString databaseOf(const QString& folder);
 [[nodiscard]] QString backupsOf(const QString& folder);

@@ -7,14 +7,11 @@
 #include <QScopeGuard>
 #include <utility>
 
+#include "app/file_operator.h"
+#include "app/private_folder.h"
 #include "store/failure.h"
 
 namespace keeper {
-namespace {
-
-const QString kFolderPrefix = QStringLiteral("MORV - ");
-
-}  // namespace
 
 Main::Main(Prompt& prompt, SessionForms& forms, SessionRoad& road, StartChecks checks)
     : m_prompt(prompt), m_forms(forms), m_road(road), m_checks(std::move(checks)) {}
@@ -114,18 +111,13 @@ QString Main::pathOf(QString commandLine) {
 }
 
 bool Main::CheckDBInPrivateFolder(const QString& path) {
-    const QFileInfo file(path);
-    if (!file.isFile() || file.size() < 1) {
+    if (!FileOperator::FileValid(path)) {
         return false;
     }
-    const QString folderName = QFileInfo(file.absolutePath()).fileName();
-    if (folderName == kFolderPrefix + file.completeBaseName()) {
+    if (privatefolder::isInPlace(path)) {
         return true;
     }
-    m_prompt.messageBox(
-        QStringLiteral("密码数据库未有正确处于前缀名为“%1”的私人文件夹中，不能登录！")
-            .arg(kFolderPrefix),
-        Prompt::Icon::Exclamation);
+    m_prompt.messageBox(privatefolder::misplacedText(), Prompt::Icon::Exclamation);
     return false;
 }
 

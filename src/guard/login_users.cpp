@@ -176,17 +176,12 @@ void Login::cmdOpen() {
 }
 
 void Login::lookAt(const QString& path) {
-    const QFileInfo file(path);
-    const QString folder = file.absolutePath();
-    const QString name = file.completeBaseName();
-    if (QFileInfo(folder).fileName() != privatefolder::prefix() + name) {
-        m_ports.prompt.messageBox(
-            QStringLiteral("密码数据库未有正确处于前缀名为“%1”的私人文件夹中，不能登录！")
-                .arg(privatefolder::prefix()),
-            Prompt::Icon::Exclamation);
+    if (!privatefolder::isInPlace(path)) {
+        m_ports.prompt.messageBox(privatefolder::misplacedText(), Prompt::Icon::Exclamation);
         return;
     }
-    selectUser(userAt(name, folder));
+    const QFileInfo file(path);
+    selectUser(userAt(file.completeBaseName(), file.absolutePath()));
 }
 
 void Login::cmdRemove() {
