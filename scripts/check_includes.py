@@ -35,7 +35,7 @@ FOREIGN = [
             r"^Qt(Widgets|Gui|Svg)\b|^Q(Widget|Dialog|MainWindow|Label|PushButton|LineEdit|MessageBox|"
             r"Application|GuiApplication|Icon|Pixmap|Painter|Clipboard|SystemTrayIcon|Menu|Action)\b"
         ),
-        ("ui/", "main.cpp", "desktop_program.", "auto_guard_parts.", "protection_parts.", "platform/linux/"),
+        ("ui/", "main.cpp", "desktop_", "auto_guard_parts.", "protection_parts.", "platform/linux/"),
     ),
 ]
 
